@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mvdb {
+
+// The marks that separate attributes, values and sub-values in a record's whole text. They are bytes
+// that never occur in UTF-8 text.
+inline constexpr char kAttributeMark = '\xFE';
+inline constexpr char kValueMark = '\xFD';
+inline constexpr char kSubValueMark = '\xFC';
+
+// Where a record read from or made for a file goes back to on DBWrite and DBDelete.
+class RecordSink {
+public:
+    virtual ~RecordSink() = default;
+    virtual void writeRecord(const std::string& key, const std::string& wholeText) = 0;
+    virtual void deleteRecord(const std::string& key) = 0;
+};
+
+// The dynamic record: record buffer, query request and reply, and working table (row is attribute,
+// column is value). Attributes, values and sub-values are numbered from 1.
+//
+// It behaves exactly like its whole text with marks: reading an address that does not exist gives the
+// empty string; writing one creates it and all before it; a text written with marks in it becomes
+// that many attributes, values or sub-values. The empty text is the record with no attribute
+// (DCount 0). Each attribute is kept apart so that a table of thousands of rows reads a cell without
+// walking the rows before it.
+class DynamicRecord {
+public:
+    DynamicRecord() = default;
+    explicit DynamicRecord(std::string_view wholeText);
+
+    // Whole text, with marks.
+    std::string text() const;
+    void setText(std::string_view wholeText);
+
+    // Reads; an address that does not exist gives the empty string. Indexes below 1 give the empty
+    // string too.
+    std::string operator()(std::int64_t attribute) const;
+    std::string operator()(std::int64_t attribute, std::int64_t value) const;
+    std::string operator()(std::int64_t attribute, std::int64_t value, std::int64_t subValue) const;
+    // The same reads without a copy; the view lasts until the record next changes.
+    std::string_view view(std::int64_t attribute) const;
+    std::string_view view(std::int64_t attribute, std::int64_t value) const;
+    std::string_view view(std::int64_t attribute, std::int64_t value, std::int64_t subValue) const;
+
+    // Writes, creating the address and all before it. Indexes below 1 are ignored.
+    void set(std::int64_t attribute, std::string_view text);
+    void set(std::int64_t attribute, std::int64_t value, std::string_view text);
+    void set(std::int64_t attribute, std::int64_t value, std::int64_t subValue, std::string_view text);
+
+    // Number of attributes; 0 for the empty record.
+    std::int64_t DCount() const;
+    // Number of values of an attribute; 0 when it is empty or absent.
+    std::int64_t DCount(std::int64_t attribute) const;
+
+    // Opens a new attribute at `row` holding `value` in value 1 and moves the later ones down. A row
+    // past the end creates the empty attributes before it.
+    void Insert(std::int64_t row, std::string_view value);
+    // Removes attribute `row` and closes the gap; a row that does not exist changes nothing.
+    void Delete(std::int64_t row);
+
+    // The file and key this record was read from or made for.
+    void bind(std::shared_ptr<RecordSink> file, std::string key);
+    const std::string& key() const { return m_key; }
+    bool isBound() const { return m_file != nullptr; }
+    // Writes the record to its file under its key; fails with kNotBound when it has none.
+    void DBWrite() const;
+    // Deletes the record from its file; fails with kNotBound when it has none.
+    void DBDelete() const;
+
+    bool operator==(const DynamicRecord& other) const { return m_attributes == other.m_attributes; }
+
+private:
+    void normalize();
+
+    std::vector<std::string> m_attributes;  // each attribute's text, values and sub-values marked
+    std::shared_ptr<RecordSink> m_file;
+    std::string m_key;
+};
+
+}  // namespace mvdb
