@@ -25,7 +25,8 @@ public:
     int internalDay() const { return m_internal; }
 
     Date addDays(int days) const { return Date(m_internal + days); }
-    // Calendar months, the day clamped to the end of a shorter month (31/03 minus one month is 28/02 or 29/02).
+    // Calendar months, the day clamped to the end of a shorter month (31/03 minus one month is 28/02 or
+    // 29/02).
     Date addMonths(int months) const;
     Date addYears(int years) const { return addMonths(12 * years); }
 
