@@ -78,6 +78,10 @@ public:
 
 private:
     void normalize();
+    // Attribute `attribute` (from 1), created with the empty ones before it when missing.
+    std::string& attributeForWrite(std::int64_t attribute);
+    // Cuts attribute `attribute` into several where a write left attribute marks in it.
+    void spliceAttribute(std::int64_t attribute);
 
     std::vector<std::string> m_attributes;  // each attribute's text, values and sub-values marked
     std::shared_ptr<RecordSink> m_file;

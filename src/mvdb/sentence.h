@@ -23,8 +23,8 @@ struct Field {
 struct Condition {
     Field field;
     CompareOp op = CompareOp::Equal;
-    std::string value;    // without its quotes, and without the "]" of a prefix
-    bool prefix = false;  // the value ended in "]": the field begins with `value`
+    std::string value;         // without its quotes, and without the "]" of a prefix
+    bool prefix = false;       // the value ended in "]": the field begins with `value`
     std::size_t position = 0;  // 1-based character position of the field in the sentence
     bool operator==(const Condition&) const = default;
 };
@@ -46,7 +46,7 @@ struct Sentence {
 
 // Parses a sentence. Fails with base::Error, code kSentence, naming the position and what was
 // expected, and quoting the sentence:
-//   Phrase incorrecte à la position 24 : opérateur attendu (= < > <= >= <>) dans « SELECT ... »
+//   Phrase incorrecte à la position 24 : opérateur (= < > <= >= <>) attendu dans « SELECT ... »
 Sentence parseSentence(std::string_view text);
 
 // Parses the list of attributes to return ("0 1 2 ", blank-separated, trailing blanks allowed).

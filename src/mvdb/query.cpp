@@ -1,0 +1,235 @@
+#include "mvdb/query.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "base/error.h"
+#include "mvdb/dictionary.h"
+#include "mvdb/sort_key.h"
+#include "mvdb/store.h"
+
+namespace mvdb {
+namespace {
+
+const std::string kNumbersLow(1, kNumberSegment);
+const std::string kNumbersHigh(1, static_cast<char>(kNumberSegment + 1));
+const std::string kTextsLow(1, kTextSegment);
+const std::string kTextsHigh(1, static_cast<char>(kTextSegment + 1));
+
+struct Resolved {
+    FieldSource source;
+    int index = -1;  // the field's index number, -1 when it has none
+    const Condition* condition = nullptr;
+    std::string valueKey;  // sort key of the condition's value
+    bool numeric = false;  // the condition's value is a number
+};
+
+std::string quoteSentence(const std::string& text) {
+    return text.size() > 200 ? text.substr(0, 200) + "…" : text;
+}
+
+FieldSource resolveField(const Field& field, std::size_t position, const FileDictionary& dictionary,
+                         const std::string& file, const std::string& text) {
+    if (field.attribute >= 0) return FieldSource::attributeNumber(field.attribute);
+    if (const FieldSource* source = dictionary.find(field.name)) return *source;
+    throw base::Error(base::codes::kSentence, "Phrase incorrecte à la position " + std::to_string(position) +
+                                                  " : le fichier " + file + " n'a pas de champ « " +
+                                                  field.name + " » dans « " + quoteSentence(text) + " »");
+}
+
+bool matchesValue(const Resolved& r, std::string_view value) {
+    const Condition& c = *r.condition;
+    if (c.prefix) {
+        bool begins = value.substr(0, c.value.size()) == c.value;
+        return c.op == CompareOp::Equal ? begins : !begins;
+    }
+    int order;
+    std::string key = r.numeric ? sortKey(value) : std::string();
+    if (r.numeric && key[0] == kNumberSegment) {
+        order = key.compare(r.valueKey);
+    } else {
+        order = value.compare(c.value);
+    }
+    switch (c.op) {
+        case CompareOp::Equal:
+            return order == 0;
+        case CompareOp::Less:
+            return order < 0;
+        case CompareOp::Greater:
+            return order > 0;
+        case CompareOp::LessOrEqual:
+            return order <= 0;
+        case CompareOp::GreaterOrEqual:
+            return order >= 0;
+        case CompareOp::NotEqual:
+            return order != 0;
+    }
+    return false;
+}
+
+bool matches(const Resolved& r, const std::string& key, const DynamicRecord& record) {
+    for (std::string_view value : r.source.values(key, record)) {
+        if (matchesValue(r, value)) return true;
+    }
+    return false;
+}
+
+// How narrowly a condition's index range finds its records; lower is narrower, nullopt: not at all.
+std::optional<int> narrowness(const Resolved& r) {
+    const Condition& c = *r.condition;
+    if (r.index < 0 || c.op == CompareOp::NotEqual) return std::nullopt;
+    if (c.prefix) return couldBeginNumber(c.value) ? 4 : 1;
+    if (c.op == CompareOp::Equal) return 0;
+    return r.numeric ? 2 : 3;
+}
+
+// The part of one segment [low, high) that a comparison with `pivot` keeps.
+KeyRange segmentRange(int index, CompareOp op, const std::string& pivot, const std::string& low,
+                      const std::string& high) {
+    switch (op) {
+        case CompareOp::Equal:
+            return {index, pivot, true, pivot, true};
+        case CompareOp::Less:
+            return {index, low, true, pivot, false};
+        case CompareOp::LessOrEqual:
+            return {index, low, true, pivot, true};
+        case CompareOp::Greater:
+            return {index, pivot, false, high, false};
+        case CompareOp::GreaterOrEqual:
+        case CompareOp::NotEqual:
+            break;
+    }
+    return {index, pivot, true, high, false};
+}
+
+// Index ranges holding every record that can meet the condition. A number compares with numbers as a
+// number and with texts as a text, so both segments may have to be read.
+std::vector<KeyRange> rangesFor(const Resolved& r) {
+    const Condition& c = *r.condition;
+    std::string textPivot = kTextSegment + c.value;
+    std::vector<KeyRange> ranges;
+    if (c.prefix) {
+        ranges.push_back({r.index, textPivot, true, prefixEnd(textPivot), false});
+        if (couldBeginNumber(c.value)) ranges.push_back({r.index, kNumbersLow, true, kNumbersHigh, false});
+        return ranges;
+    }
+    ranges.push_back(segmentRange(r.index, c.op, textPivot, kTextsLow, kTextsHigh));
+    if (r.numeric) {
+        ranges.push_back(segmentRange(r.index, c.op, r.valueKey, kNumbersLow, kNumbersHigh));
+    } else if (c.op != CompareOp::Equal) {
+        ranges.push_back({r.index, kNumbersLow, true, kNumbersHigh, false});
+    }
+    return ranges;
+}
+
+struct Plan {
+    std::vector<Resolved> conditions;
+    std::vector<KeyRange> ranges;  // empty: the whole file is read
+    std::optional<FieldSource> sortField;
+    bool descending = false;
+};
+
+Plan makePlan(Store& store, const Sentence& sentence, const std::string& text) {
+    if (!store.hasFile(sentence.file)) {
+        throw base::Error(base::codes::kUnknownFile, "Fichier inconnu : " + sentence.file);
+    }
+    const FileDictionary& dictionary = dictionaryFor(sentence.file);
+    Plan plan;
+    const Resolved* driver = nullptr;
+    int best = 99;
+    for (const Condition& c : sentence.conditions) {
+        Resolved r;
+        r.source = resolveField(c.field, c.position, dictionary, sentence.file, text);
+        r.index = dictionary.indexOf(r.source);
+        r.condition = &c;
+        r.valueKey = sortKey(c.value);
+        r.numeric = r.valueKey[0] == kNumberSegment;
+        plan.conditions.push_back(std::move(r));
+    }
+    for (const Resolved& r : plan.conditions) {
+        std::optional<int> rank = narrowness(r);
+        if (rank && *rank < best) {
+            best = *rank;
+            driver = &r;
+        }
+    }
+    if (driver) plan.ranges = rangesFor(*driver);
+    if (sentence.sort) {
+        plan.sortField = resolveField(sentence.sort->field, 0, dictionary, sentence.file, text);
+        plan.descending = sentence.sort->order == SortOrder::Descending;
+    }
+    return plan;
+}
+
+}  // namespace
+
+std::vector<SelectedRecord> select(Store& store, const Sentence& sentence, const std::string& sentenceText) {
+    Plan plan = makePlan(store, sentence, sentenceText);
+    struct Candidate {
+        std::string order;
+        std::string keyOrder;
+        SelectedRecord selected;
+    };
+    std::vector<Candidate> found;
+    auto consider = [&](const std::string& key, const std::string& text) {
+        DynamicRecord record(text);
+        for (const Resolved& r : plan.conditions) {
+            if (!matches(r, key, record)) return true;
+        }
+        std::string order = plan.sortField ? sortKey(plan.sortField->firstValue(key, record)) : std::string();
+        found.push_back({std::move(order), sortKey(key), {key, std::move(record)}});
+        return true;
+    };
+    if (plan.ranges.empty()) {
+        store.scanAll(sentence.file, consider);
+    } else {
+        for (const KeyRange& range : plan.ranges)
+            store.scanRange(sentence.file, range, consider);
+    }
+    bool descending = plan.descending;
+    std::sort(found.begin(), found.end(), [descending](const Candidate& a, const Candidate& b) {
+        int order = a.order.compare(b.order);
+        if (order != 0) return descending ? order > 0 : order < 0;
+        return a.keyOrder < b.keyOrder || (a.keyOrder == b.keyOrder && a.selected.key < b.selected.key);
+    });
+    // A record found through several of its values comes once.
+    found.erase(
+        std::unique(found.begin(), found.end(),
+                    [](const Candidate& a, const Candidate& b) { return a.selected.key == b.selected.key; }),
+        found.end());
+    std::vector<SelectedRecord> out;
+    out.reserve(found.size());
+    for (Candidate& c : found)
+        out.push_back(std::move(c.selected));
+    return out;
+}
+
+DynamicRecord listing(const std::vector<SelectedRecord>& records,
+                      const std::vector<std::int32_t>& attributes) {
+    DynamicRecord reply;
+    std::int64_t row = 0;
+    std::string line;
+    for (const SelectedRecord& r : records) {
+        line.clear();
+        for (std::size_t i = 0; i < attributes.size(); ++i) {
+            if (i > 0) line += kValueMark;
+            line += attributes[i] == 0 ? std::string_view(r.key) : r.record.view(attributes[i], 1);
+        }
+        reply.set(++row, line);
+    }
+    return reply;
+}
+
+std::vector<std::string> explainSelection(Store& store, const Sentence& sentence,
+                                          const std::string& sentenceText) {
+    Plan plan = makePlan(store, sentence, sentenceText);
+    if (plan.ranges.empty()) return store.explainScan(sentence.file, std::nullopt);
+    std::vector<std::string> lines;
+    for (const KeyRange& range : plan.ranges) {
+        for (std::string& line : store.explainScan(sentence.file, range))
+            lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
+}  // namespace mvdb

@@ -1,0 +1,436 @@
+#include "mvdb/sqlite_store.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "base/error.h"
+#include "mvdb/dictionary.h"
+
+namespace mvdb {
+namespace {
+
+// "ZNDL": marks a database as this program's, so that another program's file is refused.
+constexpr int kApplicationId = 0x5A4E444C;
+constexpr int kSchemaVersion = 1;
+constexpr int kBusyTimeoutMs = 10000;
+
+std::string quoteIdentifier(const std::string& schema, const std::string& name) {
+    return schema + ".\"" + name + "\"";
+}
+
+}  // namespace
+
+// A prepared statement in use: reset and unbound when the use ends, so the cache can hand it out again.
+class SqliteStore::Statement {
+public:
+    Statement(SqliteStore& store, const std::string& sql) : m_store(store), m_stmt(store.prepare(sql)) {}
+    ~Statement() {
+        sqlite3_reset(m_stmt);
+        sqlite3_clear_bindings(m_stmt);
+    }
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    Statement& bind(int index, const std::string& text) {
+        check(sqlite3_bind_text(m_stmt, index, text.data(), static_cast<int>(text.size()), SQLITE_STATIC));
+        return *this;
+    }
+    Statement& bindBlob(int index, const std::string& bytes) {
+        check(sqlite3_bind_blob(m_stmt, index, bytes.data(), static_cast<int>(bytes.size()), SQLITE_STATIC));
+        return *this;
+    }
+    Statement& bind(int index, int value) {
+        check(sqlite3_bind_int(m_stmt, index, value));
+        return *this;
+    }
+    // Steps once: true while there is a row.
+    bool step() {
+        int rc = sqlite3_step(m_stmt);
+        if (rc == SQLITE_ROW) return true;
+        if (rc == SQLITE_DONE) return false;
+        m_store.fail("");
+    }
+    void run() {
+        while (step()) {
+        }
+    }
+    // Makes the statement ready to run again with new bindings.
+    void again() { sqlite3_reset(m_stmt); }
+    std::string column(int index) const {
+        auto* data = static_cast<const char*>(sqlite3_column_blob(m_stmt, index));
+        int size = sqlite3_column_bytes(m_stmt, index);
+        return data ? std::string(data, static_cast<std::size_t>(size)) : std::string();
+    }
+    long long integer(int index) const { return sqlite3_column_int64(m_stmt, index); }
+
+private:
+    void check(int rc) {
+        if (rc != SQLITE_OK) m_store.fail("");
+    }
+    SqliteStore& m_store;
+    sqlite3_stmt* m_stmt;
+};
+
+// Makes one change atomic: inside the caller's transaction a savepoint, outside it a transaction of
+// its own. Changes to work files take no write lock on the shared database.
+class SqliteStore::WriteScope {
+public:
+    WriteScope(SqliteStore& store, bool scratch)
+        : m_store(store), m_nested(store.m_inTransaction || scratch) {
+        m_store.exec(m_nested ? "SAVEPOINT zd_write" : "BEGIN IMMEDIATE");
+    }
+    ~WriteScope() {
+        if (m_done) return;
+        // Undo what the failed change did; the error that brought us here is already travelling.
+        sqlite3_exec(m_store.m_db, m_nested ? "ROLLBACK TO zd_write; RELEASE zd_write" : "ROLLBACK", nullptr,
+                     nullptr, nullptr);
+    }
+    void commit() {
+        m_store.exec(m_nested ? "RELEASE zd_write" : "COMMIT");
+        m_done = true;
+    }
+
+private:
+    SqliteStore& m_store;
+    bool m_nested;
+    bool m_done = false;
+};
+
+std::unique_ptr<SqliteStore> SqliteStore::open(const std::string& path, OpenMode mode) {
+    bool memory = path == ":memory:";
+    bool exists = !memory && std::filesystem::exists(path);
+    if (!memory && !exists && mode == OpenMode::ExistingOnly) {
+        throw base::Error(base::codes::kStorage, "Base de données introuvable : " + path);
+    }
+    sqlite3* db = nullptr;
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+    int rc = sqlite3_open_v2(path.c_str(), &db, flags, nullptr);
+    if (rc != SQLITE_OK) {
+        std::string reason = db ? sqlite3_errmsg(db) : sqlite3_errstr(rc);
+        sqlite3_close(db);
+        throw base::Error(base::codes::kStorage, "Ouverture impossible de la base " + path + " : " + reason);
+    }
+    std::unique_ptr<SqliteStore> store(new SqliteStore(db, path));
+    store->configure(!exists);
+    return store;
+}
+
+SqliteStore::SqliteStore(sqlite3* db, std::string path) : m_db(db), m_path(std::move(path)) {}
+
+SqliteStore::~SqliteStore() {
+    for (auto& [sql, stmt] : m_statements)
+        sqlite3_finalize(stmt);
+    if (m_inTransaction) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    sqlite3_close(m_db);
+}
+
+void SqliteStore::configure(bool isNew) {
+    sqlite3_busy_timeout(m_db, kBusyTimeoutMs);
+    int applicationId = 0;
+    int tables = 0;
+    // The first read tells whether the file is a database at all.
+    if (sqlite3_exec(m_db, "SELECT 1 FROM sqlite_schema LIMIT 1", nullptr, nullptr, nullptr) != SQLITE_OK) {
+        throw base::Error(
+            base::codes::kStorage,
+            "Le fichier " + m_path + " n'est pas une base de données : " + std::string(sqlite3_errmsg(m_db)));
+    }
+    {
+        Statement s(*this, "PRAGMA application_id");
+        if (s.step()) applicationId = static_cast<int>(s.integer(0));
+    }
+    {
+        Statement s(*this, "SELECT count(*) FROM sqlite_schema");
+        if (s.step()) tables = static_cast<int>(s.integer(0));
+    }
+    if (tables > 0 && applicationId != kApplicationId) {
+        throw base::Error(base::codes::kStorage,
+                          "La base " + m_path + " appartient à un autre programme : elle n'est pas ouverte");
+    }
+    if (m_path != ":memory:") exec("PRAGMA journal_mode=WAL");
+    // A validated tournée must survive a power cut as well as a crash.
+    exec("PRAGMA synchronous=FULL");
+    exec("PRAGMA temp_store=MEMORY");
+    if (tables == 0 || isNew) createSchema();
+    loadCatalog();
+}
+
+void SqliteStore::createSchema() {
+    exec("BEGIN IMMEDIATE");
+    try {
+        exec("PRAGMA application_id=" + std::to_string(kApplicationId));
+        exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
+        exec(
+            "CREATE TABLE IF NOT EXISTS zd_files(name TEXT PRIMARY KEY, indexes TEXT NOT NULL) WITHOUT "
+            "ROWID");
+        for (const std::string& file : serviceFiles()) {
+            if (!dictionaryFor(file).scratch) {
+                createTables(file, false);
+                Statement(*this, "INSERT OR IGNORE INTO zd_files(name, indexes) VALUES(?1, ?2)")
+                    .bind(1, file)
+                    .bind(2, dictionaryFor(file).describeIndexes())
+                    .run();
+            }
+        }
+        exec("COMMIT");
+    } catch (...) {
+        sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+        throw;
+    }
+}
+
+void SqliteStore::createTables(const std::string& file, bool scratch) {
+    std::string schema = scratch ? "temp" : "main";
+    exec("CREATE TABLE IF NOT EXISTS " + quoteIdentifier(schema, "f_" + file) +
+         "(key TEXT PRIMARY KEY, rec BLOB NOT NULL) WITHOUT ROWID");
+    if (!scratch) {
+        exec("CREATE TABLE IF NOT EXISTS " + quoteIdentifier(schema, "x_" + file) +
+             "(fld INTEGER NOT NULL, k BLOB NOT NULL, key TEXT NOT NULL, PRIMARY KEY(fld, k, key)) WITHOUT "
+             "ROWID");
+    }
+}
+
+void SqliteStore::loadCatalog() {
+    m_files.clear();
+    std::vector<std::pair<std::string, std::string>> catalog;
+    {
+        Statement s(*this, "SELECT name, indexes FROM zd_files ORDER BY name");
+        while (s.step())
+            catalog.emplace_back(s.column(0), s.column(1));
+    }
+    for (const auto& [name, indexes] : catalog) {
+        const FileDictionary& d = dictionaryFor(name);
+        m_files[name] = {quoteIdentifier("main", "f_" + name), quoteIdentifier("main", "x_" + name), &d,
+                         false};
+        // A newer program may index other fields: rebuild so that every sentence stays exact.
+        if (indexes != d.describeIndexes()) rebuildIndex(name);
+    }
+    for (const std::string& file : serviceFiles()) {
+        const FileDictionary& d = dictionaryFor(file);
+        if (!d.scratch) continue;
+        createTables(file, true);
+        m_files[file] = {quoteIdentifier("temp", "f_" + file), "", &d, true};
+    }
+}
+
+void SqliteStore::rebuildIndex(const std::string& file) {
+    FileInfo& fi = m_files.at(file);
+    WriteScope scope(*this, false);
+    exec("DELETE FROM " + fi.indexTable);
+    std::vector<std::pair<std::string, std::string>> records;
+    scanAll(file, [&](const std::string& key, const std::string& text) {
+        records.emplace_back(key, text);
+        return true;
+    });
+    for (const auto& [key, text] : records)
+        updateIndexEntries(fi, key, nullptr, &text);
+    Statement(*this, "UPDATE zd_files SET indexes = ?2 WHERE name = ?1")
+        .bind(1, file)
+        .bind(2, fi.dictionary->describeIndexes())
+        .run();
+    scope.commit();
+}
+
+bool SqliteStore::isIndexed(const FileInfo& fi) {
+    return !fi.indexTable.empty() && !fi.dictionary->indexed.empty();
+}
+
+const SqliteStore::FileInfo& SqliteStore::info(const std::string& file) {
+    auto it = m_files.find(file);
+    if (it == m_files.end()) throw base::Error(base::codes::kUnknownFile, "Fichier inconnu : " + file);
+    return it->second;
+}
+
+sqlite3_stmt* SqliteStore::prepare(const std::string& sql) {
+    auto it = m_statements.find(sql);
+    if (it != m_statements.end()) return it->second;
+    sqlite3_stmt* stmt = nullptr;
+    if (sqlite3_prepare_v3(m_db, sql.c_str(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT, &stmt,
+                           nullptr) != SQLITE_OK) {
+        fail("préparation de « " + sql + " »");
+    }
+    m_statements.emplace(sql, stmt);
+    return stmt;
+}
+
+void SqliteStore::exec(const std::string& sql) {
+    if (sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail("« " + sql + " »");
+}
+
+void SqliteStore::fail(const std::string& what) const {
+    int code = sqlite3_errcode(m_db);
+    std::string message = std::string(sqlite3_errmsg(m_db));
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
+        throw base::Error(
+            base::codes::kBusy,
+            "La base " + m_path + " est occupée par un autre poste ; réessayez dans un instant");
+    }
+    std::string text = "Erreur de la base " + m_path;
+    if (!what.empty()) text += " (" + what + ")";
+    throw base::Error(base::codes::kStorage, text + " : " + message);
+}
+
+std::vector<std::string> SqliteStore::fileNames() {
+    std::vector<std::string> names;
+    for (const auto& [name, fi] : m_files)
+        names.push_back(name);
+    return names;
+}
+
+bool SqliteStore::hasFile(const std::string& file) {
+    return m_files.count(file) != 0;
+}
+
+void SqliteStore::createFile(const std::string& file) {
+    if (hasFile(file)) return;
+    if (!isValidFileName(file)) {
+        throw base::Error(base::codes::kUnknownFile,
+                          "Nom de fichier incorrect : « " + file + " » (lettres, chiffres et _ seulement)");
+    }
+    const FileDictionary& d = dictionaryFor(file);
+    WriteScope scope(*this, false);
+    createTables(file, false);
+    Statement(*this, "INSERT INTO zd_files(name, indexes) VALUES(?1, ?2)")
+        .bind(1, file)
+        .bind(2, d.describeIndexes())
+        .run();
+    scope.commit();
+    m_files[file] = {quoteIdentifier("main", "f_" + file), quoteIdentifier("main", "x_" + file), &d, false};
+}
+
+std::optional<std::string> SqliteStore::read(const std::string& file, const std::string& key) {
+    const FileInfo& fi = info(file);
+    Statement s(*this, "SELECT rec FROM " + fi.table + " WHERE key = ?1");
+    s.bind(1, key);
+    if (!s.step()) return std::nullopt;
+    return s.column(0);
+}
+
+void SqliteStore::updateIndexEntries(const FileInfo& fi, const std::string& key, const std::string* oldText,
+                                     const std::string* newText) {
+    std::vector<IndexEntry> before =
+        oldText ? indexEntries(*fi.dictionary, key, *oldText) : std::vector<IndexEntry>{};
+    std::vector<IndexEntry> after =
+        newText ? indexEntries(*fi.dictionary, key, *newText) : std::vector<IndexEntry>{};
+    // Only the entries that change are touched: rewriting a record usually changes none.
+    std::vector<IndexEntry> gone, added;
+    std::set_difference(before.begin(), before.end(), after.begin(), after.end(), std::back_inserter(gone));
+    std::set_difference(after.begin(), after.end(), before.begin(), before.end(), std::back_inserter(added));
+    if (!gone.empty()) {
+        Statement s(*this, "DELETE FROM " + fi.indexTable + " WHERE fld = ?1 AND k = ?2 AND key = ?3");
+        for (const IndexEntry& e : gone) {
+            s.bind(1, e.field).bindBlob(2, e.sortKey).bind(3, key).run();
+            s.again();
+        }
+    }
+    if (!added.empty()) {
+        Statement s(*this, "INSERT OR IGNORE INTO " + fi.indexTable + "(fld, k, key) VALUES(?1, ?2, ?3)");
+        for (const IndexEntry& e : added) {
+            s.bind(1, e.field).bindBlob(2, e.sortKey).bind(3, key).run();
+            s.again();
+        }
+    }
+}
+
+void SqliteStore::write(const std::string& file, const std::string& key, const std::string& text) {
+    const FileInfo& fi = info(file);
+    if (key.empty()) throw base::Error(base::codes::kBadData, "Écriture dans " + file + " : clé vide");
+    if (key.find_first_of("\xFC\xFD\xFE") != std::string::npos) {
+        throw base::Error(base::codes::kBadData,
+                          "Écriture dans " + file + " : la clé contient un séparateur");
+    }
+    WriteScope scope(*this, fi.scratch);
+    if (isIndexed(fi)) {
+        std::optional<std::string> old = read(file, key);
+        updateIndexEntries(fi, key, old ? &*old : nullptr, &text);
+    }
+    Statement(*this, "INSERT INTO " + fi.table +
+                         "(key, rec) VALUES(?1, ?2) ON CONFLICT(key) DO UPDATE SET rec = excluded.rec")
+        .bind(1, key)
+        .bindBlob(2, text)
+        .run();
+    scope.commit();
+}
+
+void SqliteStore::remove(const std::string& file, const std::string& key) {
+    const FileInfo& fi = info(file);
+    WriteScope scope(*this, fi.scratch);
+    if (isIndexed(fi)) {
+        std::optional<std::string> old = read(file, key);
+        if (!old) {
+            scope.commit();
+            return;
+        }
+        updateIndexEntries(fi, key, &*old, nullptr);
+    }
+    Statement(*this, "DELETE FROM " + fi.table + " WHERE key = ?1").bind(1, key).run();
+    scope.commit();
+}
+
+void SqliteStore::scanAll(const std::string& file, const RecordVisitor& visit) {
+    const FileInfo& fi = info(file);
+    Statement s(*this, "SELECT key, rec FROM " + fi.table + " ORDER BY key");
+    while (s.step()) {
+        if (!visit(s.column(0), s.column(1))) break;
+    }
+}
+
+std::string SqliteStore::rangeSql(const FileInfo& fi, const KeyRange& range) const {
+    // CROSS JOIN keeps the index table in the outer loop: without statistics the planner could
+    // otherwise walk every record and probe the index for each.
+    std::string sql = "SELECT m.key, m.rec FROM " + fi.indexTable + " AS x CROSS JOIN " + fi.table +
+                      " AS m ON m.key = x.key WHERE x.fld = ?1 AND x.k " + (range.lowInclusive ? ">=" : ">") +
+                      " ?2";
+    if (!range.high.empty()) sql += std::string(" AND x.k ") + (range.highInclusive ? "<=" : "<") + " ?3";
+    return sql;
+}
+
+void SqliteStore::scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) {
+    const FileInfo& fi = info(file);
+    if (fi.indexTable.empty()) {
+        throw base::Error(base::codes::kStorage, "Le fichier " + file + " n'a pas d'index");
+    }
+    Statement s(*this, rangeSql(fi, range));
+    s.bind(1, range.field).bindBlob(2, range.low);
+    if (!range.high.empty()) s.bindBlob(3, range.high);
+    while (s.step()) {
+        if (!visit(s.column(0), s.column(1))) break;
+    }
+}
+
+std::size_t SqliteStore::count(const std::string& file) {
+    Statement s(*this, "SELECT count(*) FROM " + info(file).table);
+    return s.step() ? static_cast<std::size_t>(s.integer(0)) : 0;
+}
+
+std::vector<std::string> SqliteStore::explainScan(const std::string& file,
+                                                  const std::optional<KeyRange>& range) {
+    const FileInfo& fi = info(file);
+    std::string sql = range ? rangeSql(fi, *range) : "SELECT key, rec FROM " + fi.table + " ORDER BY key";
+    std::vector<std::string> lines;
+    Statement s(*this, "EXPLAIN QUERY PLAN " + sql);
+    while (s.step())
+        lines.push_back(s.column(3));
+    return lines;
+}
+
+void SqliteStore::begin() {
+    if (m_inTransaction) throw base::Error(base::codes::kStorage, "Une transaction est déjà ouverte");
+    exec("BEGIN IMMEDIATE");
+    m_inTransaction = true;
+}
+
+void SqliteStore::commit() {
+    if (!m_inTransaction) throw base::Error(base::codes::kStorage, "Aucune transaction ouverte");
+    exec("COMMIT");
+    m_inTransaction = false;
+}
+
+void SqliteStore::rollback() {
+    if (!m_inTransaction) return;
+    m_inTransaction = false;
+    exec("ROLLBACK");
+}
+
+}  // namespace mvdb

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "mvdb/store.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace mvdb {
+
+struct FileDictionary;
+
+enum class OpenMode { CreateIfMissing, ExistingOnly };
+
+// The embedded store: one SQLite file in WAL mode with a busy timeout, so that a second planner's
+// commit waits instead of failing. Each file is a table of (key, record) and a table of index entries
+// (field, sort key, key); work files live in the connection's temporary schema and cost no disk sync.
+class SqliteStore : public Store {
+public:
+    // Opens or creates the database. ":memory:" gives a private in-memory database. Fails with a clear
+    // message for a missing file (ExistingOnly), a file that is not a database, or the database of
+    // another program.
+    static std::unique_ptr<SqliteStore> open(const std::string& path, OpenMode mode);
+    ~SqliteStore() override;
+    SqliteStore(const SqliteStore&) = delete;
+    SqliteStore& operator=(const SqliteStore&) = delete;
+
+    std::vector<std::string> fileNames() override;
+    bool hasFile(const std::string& file) override;
+    void createFile(const std::string& file) override;
+    std::optional<std::string> read(const std::string& file, const std::string& key) override;
+    void write(const std::string& file, const std::string& key, const std::string& text) override;
+    void remove(const std::string& file, const std::string& key) override;
+    void scanAll(const std::string& file, const RecordVisitor& visit) override;
+    void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) override;
+    std::size_t count(const std::string& file) override;
+    std::vector<std::string> explainScan(const std::string& file,
+                                         const std::optional<KeyRange>& range) override;
+    void begin() override;
+    void commit() override;
+    void rollback() override;
+    bool inTransaction() const override { return m_inTransaction; }
+
+private:
+    struct FileInfo {
+        std::string table;       // quoted, schema-qualified table of records
+        std::string indexTable;  // quoted table of index entries; empty when the file has no index
+        const FileDictionary* dictionary = nullptr;
+        bool scratch = false;
+    };
+    class Statement;
+    class WriteScope;
+
+    SqliteStore(sqlite3* db, std::string path);
+    void configure(bool isNew);
+    void createSchema();
+    void loadCatalog();
+    void createTables(const std::string& file, bool scratch);
+    void rebuildIndex(const std::string& file);
+    const FileInfo& info(const std::string& file);
+    sqlite3_stmt* prepare(const std::string& sql);
+    void exec(const std::string& sql);
+    static bool isIndexed(const FileInfo& fi);
+    // Brings the index entries of one record from those of its old text to those of its new one;
+    // a null text stands for no record.
+    void updateIndexEntries(const FileInfo& fi, const std::string& key, const std::string* oldText,
+                            const std::string* newText);
+    std::string rangeSql(const FileInfo& fi, const KeyRange& range) const;
+    [[noreturn]] void fail(const std::string& what) const;
+
+    sqlite3* m_db;
+    std::string m_path;
+    std::map<std::string, FileInfo> m_files;
+    std::unordered_map<std::string, sqlite3_stmt*> m_statements;
+    bool m_inTransaction = false;
+};
+
+}  // namespace mvdb

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace mvdb {
+
+// A range of sort keys (see sort_key.h) of one indexed field. An empty `high` means no upper bound.
+struct KeyRange {
+    int field = 0;
+    std::string low;
+    bool lowInclusive = true;
+    std::string high;
+    bool highInclusive = false;
+};
+
+// Called for each record a read finds; returning false stops the walk.
+using RecordVisitor = std::function<bool(const std::string& key, const std::string& text)>;
+
+// Where the records live. The store keeps, for every indexed field of a file's dictionary, the sort
+// keys of each record's values, and keeps them in step with every write and delete. Every failure is
+// a base::Error with a message that names the file or key. Only the implementation includes the
+// engine's headers.
+class Store {
+public:
+    virtual ~Store() = default;
+
+    virtual std::vector<std::string> fileNames() = 0;
+    virtual bool hasFile(const std::string& file) = 0;
+    // Creates an empty file; a file that exists already is left as it is.
+    virtual void createFile(const std::string& file) = 0;
+
+    virtual std::optional<std::string> read(const std::string& file, const std::string& key) = 0;
+    // Creates or replaces the record.
+    virtual void write(const std::string& file, const std::string& key, const std::string& text) = 0;
+    // Removes the record; an absent key is not an error.
+    virtual void remove(const std::string& file, const std::string& key) = 0;
+
+    // Every record of the file, in key order.
+    virtual void scanAll(const std::string& file, const RecordVisitor& visit) = 0;
+    // The records having a value of the indexed field within the range, in no set order; a record with
+    // several such values may come more than once.
+    virtual void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) = 0;
+    virtual std::size_t count(const std::string& file) = 0;
+
+    // The engine's own plan for the statements that scanAll and scanRange run, one line per step.
+    virtual std::vector<std::string> explainScan(const std::string& file,
+                                                 const std::optional<KeyRange>& range) = 0;
+
+    // One transaction at a time; writes outside one are each committed alone.
+    virtual void begin() = 0;
+    virtual void commit() = 0;
+    virtual void rollback() = 0;
+    virtual bool inTransaction() const = 0;
+};
+
+}  // namespace mvdb
