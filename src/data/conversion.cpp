@@ -1,0 +1,82 @@
+#include "data/conversion.h"
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include "base/clock.h"
+#include "base/text.h"
+
+namespace data {
+namespace {
+
+bool allDigits(std::string_view s) {
+    return !s.empty() && std::all_of(s.begin(), s.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+int number(std::string_view digits) {
+    int n = 0;
+    for (char c : digits)
+        n = n * 10 + (c - '0');
+    return n;
+}
+
+std::vector<std::string_view> splitSlashes(std::string_view text) {
+    std::vector<std::string_view> parts;
+    std::size_t start = 0;
+    while (true) {
+        std::size_t slash = text.find('/', start);
+        parts.push_back(
+            text.substr(start, slash == std::string_view::npos ? std::string_view::npos : slash - start));
+        if (slash == std::string_view::npos) return parts;
+        start = slash + 1;
+    }
+}
+
+}  // namespace
+
+std::string ObjetConversion::DateInterne(const base::Date& date) const {
+    return base::zeroPad(date.internalDay(), 5);
+}
+
+std::string ObjetConversion::DateInterne(std::string_view text) const {
+    std::optional<base::Date> date = base::Date::parse(text);
+    return date ? DateInterne(*date) : std::string();
+}
+
+std::string ObjetConversion::DateDepuisInterne(std::string_view interne) const {
+    if (!allDigits(interne) || interne.size() > 7) return {};
+    return base::Date::fromInternal(number(interne)).text();
+}
+
+std::string ObjetConversion::NormaliserDate(std::string_view text) {
+    int year = m_clock.today().year();
+    int century = year - year % 100;
+    std::string_view d, m, y;
+    std::vector<std::string_view> parts = splitSlashes(text);
+    if (parts.size() == 2 || parts.size() == 3) {
+        d = parts[0];
+        m = parts[1];
+        y = parts.size() == 3 ? parts[2] : std::string_view();
+        bool shapeOk = d.size() <= 2 && m.size() <= 2 && allDigits(d) && allDigits(m) &&
+                       (parts.size() == 2 || (allDigits(y) && (y.size() == 2 || y.size() == 4)));
+        if (!shapeOk) d = {};
+    } else if (allDigits(text) && (text.size() == 4 || text.size() == 6 || text.size() == 8)) {
+        d = text.substr(0, 2);
+        m = text.substr(2, 2);
+        y = text.substr(4);
+    }
+    std::optional<base::Date> date;
+    if (!d.empty()) {
+        int fullYear = y.empty() ? year : y.size() == 2 ? century + number(y) : number(y);
+        date = base::Date::fromDmy(number(d), number(m), fullYear);
+    }
+    m_dateARetaper = !date.has_value();
+    return date ? date->text() : std::string(text);
+}
+
+std::string ObjetConversion::FormaterNombre(std::string_view number, int decimales) const {
+    return base::formatFixed(base::toNumber(number), decimales);
+}
+
+}  // namespace data
