@@ -1,0 +1,79 @@
+#include "app/commands.h"
+
+#include <istream>
+#include <ostream>
+#include <vector>
+
+#include "app/records_json.h"
+#include "base/error.h"
+#include "mvdb/database.h"
+#include "mvdb/dynamic_record.h"
+#include "mvdb/store.h"
+
+namespace app {
+
+std::shared_ptr<mvdb::Database> openDatabase(const std::string& path, mvdb::OpenMode mode,
+                                             const base::Clock& clock) {
+    return std::make_shared<mvdb::Database>(mvdb::SqliteStore::open(path, mode), clock);
+}
+
+base::Date parseTodayOption(const std::string& text) {
+    std::optional<base::Date> date = base::Date::parse(text);
+    if (!date)
+        throw base::Error(base::codes::kBadData,
+                          "--today : date incorrecte « " + text + " » (jj/mm/aaaa attendu)");
+    return *date;
+}
+
+std::size_t loadRecords(mvdb::Database& database, std::istream& in, const std::string& sourceName) {
+    std::vector<RecordLine> records;
+    std::string line;
+    for (std::size_t number = 1; std::getline(in, line); ++number) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        if (line.find_first_not_of(" \t") == std::string::npos) continue;
+        try {
+            records.push_back(recordFromJson(line));
+        } catch (const base::Error& e) {
+            throw base::Error(e.code(), sourceName + ", ligne " + std::to_string(number) + " : " + e.what() +
+                                            " ; rien n'a été chargé");
+        }
+    }
+    mvdb::Store& store = database.store();
+    mvdb::Transaction transaction(database);
+    for (const RecordLine& r : records) {
+        if (!store.hasFile(r.file)) store.createFile(r.file);
+        store.write(r.file, r.key, r.text);
+    }
+    transaction.commit();
+    return records.size();
+}
+
+void dumpRecords(mvdb::Database& database, const std::optional<std::string>& file, std::ostream& out) {
+    mvdb::Store& store = database.store();
+    std::vector<std::string> files = file ? std::vector<std::string>{*file} : store.fileNames();
+    for (const std::string& name : files) {
+        if (!store.hasFile(name)) throw base::Error(base::codes::kUnknownFile, "Fichier inconnu : " + name);
+    }
+    for (const std::string& name : files) {
+        store.scanAll(name, [&](const std::string& key, const std::string& text) {
+            out << recordToJson({name, key, text}) << '\n';
+            return true;
+        });
+    }
+}
+
+void queryRecords(mvdb::Database& database, const std::string& file, const std::string& list,
+                  const std::string& sentence, std::ostream& out) {
+    mvdb::DynamicRecord request;
+    request.set(1, sentence);
+    request.set(2, file);
+    request.set(3, list);
+    mvdb::DynamicRecord reply = database.Query(request.text());
+    for (std::int64_t row = 1; row <= reply.DCount(); ++row) {
+        for (std::int64_t v = 1; v <= reply.DCount(row); ++v)
+            out << (v > 1 ? "\t" : "") << reply.view(row, v);
+        out << '\n';
+    }
+}
+
+}  // namespace app

@@ -1,0 +1,124 @@
+// zandorel: the planning screen of a home-nursing service, and its command-line tools.
+// Exit codes: 0 success, 1 an error of the system (message on stderr), 2 bad arguments.
+#include <CLI/CLI.hpp>
+#include <fstream>
+#include <iostream>
+#include <optional>
+
+#include "app/commands.h"
+#include "app/demo_data.h"
+#include "base/clock.h"
+#include "base/error.h"
+#include "mvdb/database.h"
+
+namespace {
+
+struct Options {
+    std::string db;
+    std::string today;
+    int aides = 40;
+    int historyDays = 60;
+    unsigned seed = 1;
+    std::string file;
+    std::string list;
+    std::string sentence;
+    std::string input;
+    int rights = 2;
+};
+
+base::SystemClock makeClock(const Options& o) {
+    return o.today.empty() ? base::SystemClock() : base::SystemClock(app::parseTodayOption(o.today));
+}
+
+int runDemoData(const Options& o) {
+    base::SystemClock clock = makeClock(o);
+    auto db = app::openDatabase(o.db, mvdb::OpenMode::CreateIfMissing, clock);
+    app::DemoOptions options{clock.today(), o.aides, o.historyDays, o.seed};
+    app::DemoSummary summary = app::writeDemoService(*db, options);
+    std::cerr << app::demoSummaryText(summary) << '\n';
+    return 0;
+}
+
+int runLoad(const Options& o) {
+    base::SystemClock clock = makeClock(o);
+    auto db = app::openDatabase(o.db, mvdb::OpenMode::CreateIfMissing, clock);
+    if (o.input.empty() || o.input == "-") {
+        app::loadRecords(*db, std::cin, "entrée standard");
+        return 0;
+    }
+    std::ifstream in(o.input, std::ios::binary);
+    if (!in) throw base::Error(base::codes::kBadData, "Lecture impossible du fichier " + o.input);
+    app::loadRecords(*db, in, o.input);
+    return 0;
+}
+
+int runDump(const Options& o) {
+    base::SystemClock clock = makeClock(o);
+    auto db = app::openDatabase(o.db, mvdb::OpenMode::ExistingOnly, clock);
+    app::dumpRecords(*db, o.file.empty() ? std::nullopt : std::optional<std::string>(o.file), std::cout);
+    return 0;
+}
+
+int runQuery(const Options& o) {
+    base::SystemClock clock = makeClock(o);
+    auto db = app::openDatabase(o.db, mvdb::OpenMode::ExistingOnly, clock);
+    app::queryRecords(*db, o.file, o.list, o.sentence, std::cout);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App cli{"Zandorel : gestion des tournées SSIAD"};
+    Options o;
+    cli.require_subcommand(0, 1);
+
+    auto* demo = cli.add_subcommand("demo-data", "Écrit le service de démonstration");
+    demo->add_option("--db", o.db, "Base de données")->required();
+    demo->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)");
+    demo->add_option("--aides", o.aides, "Nombre d'aidés")->check(CLI::Range(1, 99999));
+    demo->add_option("--history-days", o.historyDays, "Jours d'historique")->check(CLI::Range(0, 3650));
+    demo->add_option("--seed", o.seed, "Graine");
+
+    auto* load = cli.add_subcommand("load", "Charge des enregistrements JSON Lines");
+    load->add_option("--db", o.db, "Base de données")->required();
+    load->add_option("file", o.input, "Fichier JSON Lines (entrée standard sans lui)");
+
+    auto* dump = cli.add_subcommand("dump", "Écrit les enregistrements en JSON Lines");
+    dump->add_option("--db", o.db, "Base de données")->required();
+    dump->add_option("--file", o.file, "Un seul fichier");
+
+    auto* query = cli.add_subcommand("query", "Exécute une phrase de sélection");
+    query->add_option("--db", o.db, "Base de données")->required();
+    query->add_option("--file", o.file, "Fichier à lister")->required();
+    query->add_option("--list", o.list, "Attributs à rendre, par exemple \"0 1 2\"")->required();
+    query->add_option("sentence", o.sentence, "Phrase SELECT")->required();
+
+    auto* gui = cli.add_subcommand("gui", "L'écran de planification");
+    for (CLI::App* screen : {static_cast<CLI::App*>(&cli), gui}) {
+        screen->add_option("--db", o.db, "Base de données");
+        screen->add_option("--rights", o.rights, "Niveau de droits");
+        screen->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)");
+    }
+
+    try {
+        cli.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        int code = cli.exit(e);
+        return code == 0 ? 0 : 2;
+    }
+    try {
+        if (*demo) return runDemoData(o);
+        if (*load) return runLoad(o);
+        if (*dump) return runDump(o);
+        if (*query) return runQuery(o);
+        std::cerr << "zandorel : l'écran de planification n'est pas encore disponible dans cette version\n";
+        return 1;
+    } catch (const base::Error& e) {
+        std::cerr << "zandorel : " << e.what() << '\n';
+        return 1;
+    } catch (const std::exception& e) {
+        std::cerr << "zandorel : erreur inattendue : " << e.what() << '\n';
+        return 1;
+    }
+}

@@ -1,0 +1,117 @@
+#include "app/records_json.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "app/commands.h"
+#include "base/error.h"
+#include "support/memory_database.h"
+
+namespace {
+
+TEST(RecordsJson, RejectsMalformedLinesSayingWhy) {
+    struct Case {
+        const char* name;
+        std::string line;
+        std::string message;
+    } cases[] = {
+        {"not JSON", "{file:", "JSON incorrect"},
+        {"not an object", "[1,2]", "un objet JSON est attendu"},
+        {"missing key", R"({"file":"CIVILAIDE","attrs":[]})", "le champ \"key\" manque"},
+        {"number as key", R"({"file":"CIVILAIDE","key":12,"attrs":[]})", "\"key\" doit être un texte"},
+        {"empty key", R"({"file":"CIVILAIDE","key":"","attrs":[]})", "la clé est vide"},
+        {"bad file name", R"({"file":"A B","key":"1","attrs":[]})", "nom de fichier incorrect : « A B »"},
+        {"attrs not a list", R"({"file":"CIVILAIDE","key":"1","attrs":"x"})",
+         "\"attrs\" doit être une liste"},
+        {"number as value", R"({"file":"CIVILAIDE","key":"1","attrs":[["a",3]]})",
+         "une valeur doit être un texte"},
+        {"mark inside a value", "{\"file\":\"CIVILAIDE\",\"key\":\"1\",\"attrs\":[\"a\xC3\xBE\xFE\"]}",
+         "JSON incorrect"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        try {
+            app::recordFromJson(c.line);
+            ADD_FAILURE() << "accepted";
+        } catch (const base::Error& e) {
+            EXPECT_EQ(std::string(e.what()).substr(0, c.message.size()), c.message);
+        }
+    }
+}
+
+TEST(RecordsJson, WritesEachShapeOfAttributeAndReadsItBack) {
+    struct Case {
+        const char* name;
+        std::string text;
+        std::string json;
+    } cases[] = {
+        {"single values",
+         "0900\xFE"
+         "ABC",
+         R"({"file":"F","key":"K","attrs":["0900","ABC"]})"},
+        {"multi-valued",
+         "x\xFE"
+         "v1\xFDv2",
+         R"({"file":"F","key":"K","attrs":["x",["v1","v2"]]})"},
+        {"sub-values", "s1\xFCs2", R"({"file":"F","key":"K","attrs":[[["s1","s2"]]]})"},
+        {"empty attribute inside",
+         "a\xFE\xFE"
+         "c",
+         R"({"file":"F","key":"K","attrs":["a","","c"]})"},
+        {"accents", "Hélène", R"({"file":"F","key":"K","attrs":["Hélène"]})"},
+        {"empty record", "", R"({"file":"F","key":"K","attrs":[]})"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(app::recordToJson({"F", "K", c.text}), c.json);
+        EXPECT_EQ(app::recordFromJson(c.json).text, c.text);
+    }
+}
+
+TEST(LoadRecords, ABadLineLoadsNothingAndNamesItsNumber) {
+    testing_support::MemoryDatabase m;
+    std::istringstream in(R"({"file":"CIVILAIDE","key":"00001","attrs":["","DURAND"]})"
+                          "\n\n"
+                          R"({"file":"CIVILAIDE","key":"00002","attrs":[1]})"
+                          "\n");
+    try {
+        app::loadRecords(*m.db, in, "aides.jsonl");
+        ADD_FAILURE() << "accepted";
+    } catch (const base::Error& e) {
+        EXPECT_EQ(std::string(e.what()),
+                  "aides.jsonl, ligne 3 : un attribut doit être un texte ; rien n'a été chargé");
+    }
+    EXPECT_EQ(m.db->store().count("CIVILAIDE"), 0u);
+}
+
+TEST(LoadRecords, DumpThenLoadGivesTheSameDump) {
+    testing_support::MemoryDatabase first;
+    first.put("CIVILAIDE", "00001", {"", "DURAND", "Zoé", "", "12|14"});
+    first.put("SSIADTOURNEE", "00100001215110750", {"0800", "000012140000000110750"});
+    first.put("AUTRE", "k", {"v"});
+    std::ostringstream dump1;
+    app::dumpRecords(*first.db, std::nullopt, dump1);
+
+    testing_support::MemoryDatabase second;
+    std::istringstream in(dump1.str());
+    EXPECT_EQ(app::loadRecords(*second.db, in, "dump"), 3u);
+    std::ostringstream dump2;
+    app::dumpRecords(*second.db, std::nullopt, dump2);
+    EXPECT_EQ(dump2.str(), dump1.str());
+    EXPECT_EQ(second.keys("SSIADTOURNEE", "SELECT SSIADTOURNEE AVEC CodeAide = \"00001\""),
+              std::vector<std::string>{"00100001215110750"})
+        << "loaded records reach the indexes";
+}
+
+TEST(QueryRecords, WritesOneLinePerRowWithTabs) {
+    testing_support::MemoryDatabase m;
+    m.put("SSIADCARACTTOURNEE", "002", {"SOIR", "", "", "", "", "", "", "", "", "2"});
+    m.put("SSIADCARACTTOURNEE", "001", {"MATIN"});
+    std::ostringstream out;
+    app::queryRecords(*m.db, "SSIADCARACTTOURNEE", "0 1 10", "SELECT SSIADCARACTTOURNEE AVEC 1 = \"]\" PAR 1",
+                      out);
+    EXPECT_EQ(out.str(), "001\tMATIN\t\n002\tSOIR\t2\n");
+}
+
+}  // namespace
