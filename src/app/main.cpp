@@ -7,6 +7,7 @@
 
 #include "app/commands.h"
 #include "app/demo_data.h"
+#include "app/play.h"
 #include "base/clock.h"
 #include "base/error.h"
 #include "mvdb/database.h"
@@ -59,6 +60,14 @@ int runDump(const Options& o) {
     return 0;
 }
 
+int runPlayCommand(const Options& o) {
+    app::PlayOptions options{o.db, o.today};
+    if (o.input.empty() || o.input == "-") return app::runPlay(options, std::cin, std::cout, std::cerr);
+    std::ifstream in(o.input);
+    if (!in) throw base::Error(base::codes::kBadData, "Lecture impossible du scénario " + o.input);
+    return app::runPlay(options, in, std::cout, std::cerr);
+}
+
 int runQuery(const Options& o) {
     base::SystemClock clock = makeClock(o);
     auto db = app::openDatabase(o.db, mvdb::OpenMode::ExistingOnly, clock);
@@ -94,6 +103,11 @@ int main(int argc, char** argv) {
     query->add_option("--list", o.list, "Attributs à rendre, par exemple \"0 1 2\"")->required();
     query->add_option("sentence", o.sentence, "Phrase SELECT")->required();
 
+    auto* play = cli.add_subcommand("play", "Joue un scénario sur l'écran, sans fenêtre");
+    play->add_option("--db", o.db, "Base de données")->required();
+    play->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)");
+    play->add_option("script", o.input, "Scénario (entrée standard sans lui)");
+
     auto* gui = cli.add_subcommand("gui", "L'écran de planification");
     for (CLI::App* screen : {static_cast<CLI::App*>(&cli), gui}) {
         screen->add_option("--db", o.db, "Base de données");
@@ -112,6 +126,7 @@ int main(int argc, char** argv) {
         if (*load) return runLoad(o);
         if (*dump) return runDump(o);
         if (*query) return runQuery(o);
+        if (*play) return runPlayCommand(o);
         std::cerr << "zandorel : l'écran de planification n'est pas encore disponible dans cette version\n";
         return 1;
     } catch (const base::Error& e) {

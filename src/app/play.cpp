@@ -1,0 +1,268 @@
+#include "app/play.h"
+
+#include <functional>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "app/commands.h"
+#include "app/state_dump.h"
+#include "base/clock.h"
+#include "base/error.h"
+#include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
+#include "toolkit/headless_host.h"
+#include "toolkit/input.h"
+
+namespace app {
+namespace {
+
+// A line the runner cannot read: exit code 2 with the line's number.
+class ScriptError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// A failure after which nothing of the script can run (the database does not open): exit code 1.
+class Fatal : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Splits a line into words; a double-quoted text is one word; "#" outside quotes ends the line.
+std::vector<std::string> words(const std::string& line) {
+    std::vector<std::string> out;
+    std::size_t i = 0;
+    while (i < line.size()) {
+        char c = line[i];
+        if (c == ' ' || c == '\t' || c == '\r') {
+            ++i;
+        } else if (c == '#') {
+            break;
+        } else if (c == '"') {
+            std::size_t end = line.find('"', i + 1);
+            if (end == std::string::npos) throw ScriptError("guillemet fermant attendu");
+            out.push_back(line.substr(i + 1, end - i - 1));
+            i = end + 1;
+        } else {
+            std::size_t end = line.find_first_of(" \t\r", i);
+            if (end == std::string::npos) end = line.size();
+            out.push_back(line.substr(i, end - i));
+            i = end;
+        }
+    }
+    return out;
+}
+
+int number(const std::string& text, const char* what) {
+    try {
+        std::size_t used = 0;
+        int n = std::stoi(text, &used);
+        if (used == text.size()) return n;
+    } catch (const std::exception&) {
+    }
+    throw ScriptError(std::string(what) + " : nombre attendu, « " + text + " » trouvé");
+}
+
+class Runner {
+public:
+    Runner(const PlayOptions& options, std::ostream& out, std::ostream& err)
+        : m_options(options), m_out(out), m_err(err) {
+        if (!options.today.empty()) m_today = parseTodayOption(options.today);
+        registerVerbs();
+    }
+
+    int run(std::istream& script) {
+        std::string line;
+        for (int number = 1; std::getline(script, line); ++number) {
+            try {
+                play(words(line));
+            } catch (const ScriptError& e) {
+                m_err << "zandorel play : ligne " << number << " : " << e.what() << '\n';
+                return 2;
+            } catch (const toolkit::Unanswered& e) {
+                m_err << "zandorel play : ligne " << number << " : " << e.what() << '\n';
+                return 3;
+            } catch (const Fatal& e) {
+                m_err << "zandorel play : ligne " << number << " : " << e.what() << '\n';
+                return 1;
+            } catch (const std::exception& e) {
+                // The host shows the failure; the screen stays as the routine left it, and the script goes
+                // on.
+                m_err << "zandorel play : ligne " << number << " : " << e.what() << '\n';
+                m_errors.push_back(e.what());
+                m_failed = true;
+            }
+        }
+        return m_failed ? 1 : 0;
+    }
+
+private:
+    using Verb = std::function<void(const std::vector<std::string>&)>;
+
+    void play(const std::vector<std::string>& w) {
+        if (w.empty()) return;
+        auto it = m_verbs.find(w[0]);
+        if (it == m_verbs.end()) throw ScriptError("commande inconnue « " + w[0] + " »");
+        it->second(w);
+    }
+
+    static void arity(const std::vector<std::string>& w, std::size_t least, std::size_t most) {
+        if (w.size() - 1 < least || w.size() - 1 > most) {
+            throw ScriptError(w[0] + " : " + std::to_string(least) +
+                              (least == most ? "" : " à " + std::to_string(most)) +
+                              " argument(s) attendu(s)");
+        }
+    }
+
+    control::Ctr_Zandorel& ctl() {
+        if (!m_ctl) throw ScriptError("init attendu avant cette commande");
+        return *m_ctl;
+    }
+
+    mvdb::Database& database() {
+        if (!m_db) {
+            try {
+                m_db = openDatabase(m_options.db, mvdb::OpenMode::ExistingOnly, clock());
+            } catch (const base::Error& e) {
+                throw Fatal(e.what());
+            }
+        }
+        return *m_db;
+    }
+
+    const base::Clock& clock() {
+        if (!m_clock)
+            m_clock = m_today ? std::make_unique<base::SystemClock>(*m_today)
+                              : std::make_unique<base::SystemClock>();
+        return *m_clock;
+    }
+
+    // A control by name, or an array element as Name(3).
+    toolkit::Control& find(const std::string& ref) {
+        std::string name = ref;
+        int index = -1;
+        std::size_t open = ref.find('(');
+        if (open != std::string::npos && ref.back() == ')') {
+            name = ref.substr(0, open);
+            index = number(ref.substr(open + 1, ref.size() - open - 2), "indice");
+        }
+        toolkit::Control* c = ctl().UserControl.find(name, index);
+        if (!c || (index >= 0 && c->index() != index)) throw ScriptError("contrôle inconnu « " + ref + " »");
+        return *c;
+    }
+
+    void registerVerbs() {
+        m_verbs["today"] = [this](const auto& w) {
+            arity(w, 1, 1);
+            if (m_ctl) throw ScriptError("today se donne avant init");
+            std::optional<base::Date> d = base::Date::parse(w[1]);
+            if (!d) throw ScriptError("date incorrecte « " + w[1] + " »");
+            m_today = *d;
+        };
+        m_verbs["rights"] = [this](const auto& w) {
+            arity(w, 1, 1);
+            m_rights = number(w[1], "rights");
+        };
+        m_verbs["init"] = [this](const auto& w) {
+            arity(w, 0, 0);
+            if (m_ctl) throw ScriptError("init déjà fait");
+            try {
+                m_db = openDatabase(m_options.db, mvdb::OpenMode::ExistingOnly, clock());
+            } catch (const base::Error& e) {
+                throw Fatal(e.what());
+            }
+            m_ctl = std::make_unique<control::Ctr_Zandorel>(m_host, clock());
+            m_ctl->setTheClient(nullptr);
+            m_ctl->setTheDatabase(m_db);
+            m_ctl->setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(m_rights));
+            m_ctl->Init();
+        };
+        m_verbs["terminate"] = [this](const auto& w) {
+            arity(w, 0, 0);
+            ctl().UserControl_Terminate();
+        };
+        m_verbs["type"] = [this](const auto& w) {
+            arity(w, 2, 2);
+            toolkit::input::type(find(w[1]), w[2]);
+        };
+        m_verbs["clear"] = [this](const auto& w) {
+            arity(w, 1, 1);
+            toolkit::input::clear(find(w[1]));
+        };
+        m_verbs["key"] = [this](const auto& w) {
+            arity(w, 2, 2);
+            static const std::map<std::string, toolkit::Key> keys = {{"Enter", toolkit::Key::Enter},
+                                                                     {"Tab", toolkit::Key::Tab},
+                                                                     {"Backspace", toolkit::Key::Backspace},
+                                                                     {"Delete", toolkit::Key::Delete},
+                                                                     {"Escape", toolkit::Key::Escape}};
+            auto k = keys.find(w[2]);
+            if (k == keys.end())
+                throw ScriptError("touche inconnue « " + w[2] + " » (Enter, Tab, Backspace, Delete, Escape)");
+            toolkit::input::key(find(w[1]), k->second);
+        };
+        m_verbs["focus"] = [this](const auto& w) {
+            arity(w, 1, 1);
+            toolkit::input::focus(find(w[1]));
+        };
+        m_verbs["click"] = [this](const auto& w) {
+            arity(w, 1, 1);
+            toolkit::input::click(find(w[1]));
+        };
+        m_verbs["choose"] = [this](const auto& w) {
+            arity(w, 2, 2);
+            toolkit::Control& c = find(w[1]);
+            if (c.kind() != toolkit::Kind::ComboBox)
+                throw ScriptError(w[1] + " n'est pas une liste déroulante");
+            toolkit::input::choose(static_cast<toolkit::ComboBox&>(c), w[2]);
+        };
+        m_verbs["answer"] = [this](const auto& w) {
+            if (w.size() < 2) throw ScriptError("answer : au moins une réponse attendue");
+            for (std::size_t i = 1; i < w.size(); ++i) {
+                int a = number(w[i], "answer");
+                if (a != 1 && a != 2 && a != 6 && a != 7)
+                    throw ScriptError("réponse inconnue " + w[i] + " (1, 2, 6 ou 7)");
+                m_host.queueAnswer(a);
+            }
+        };
+        m_verbs["dump"] = [this](const auto& w) {
+            arity(w, 0, 0);
+            m_out << dumpState(ctl(), m_host.takeShown(), m_errors) << '\n';
+            m_errors.clear();
+        };
+        m_verbs["db"] = [this](const auto& w) {
+            arity(w, 1, 1);
+            dumpRecords(database(), w[1], m_out);
+        };
+    }
+
+    PlayOptions m_options;
+    std::ostream& m_out;
+    std::ostream& m_err;
+    std::optional<base::Date> m_today;
+    int m_rights = 2;
+    std::unique_ptr<base::SystemClock> m_clock;
+    toolkit::HeadlessHost m_host;
+    std::shared_ptr<mvdb::Database> m_db;
+    std::unique_ptr<control::Ctr_Zandorel> m_ctl;
+    std::map<std::string, Verb> m_verbs;
+    std::vector<std::string> m_errors;
+    bool m_failed = false;
+};
+
+}  // namespace
+
+int runPlay(const PlayOptions& options, std::istream& script, std::ostream& out, std::ostream& err) {
+    try {
+        Runner runner(options, out, err);
+        return runner.run(script);
+    } catch (const base::Error& e) {
+        err << "zandorel play : " << e.what() << '\n';
+        return 1;
+    }
+}
+
+}  // namespace app
