@@ -158,8 +158,54 @@ public:
     // Row i of TabTempoDetail: the planned start at the end of TypeEtq moves to the label's LinkItem.
     toolkit::Label& creerEtiquetteDetail(int i);
 
-    // ---- Selection of a tournée and a date (display).
+    // ---- Selection of a tournée and a date (display/selection.cpp).
     void RequeteTournee();
+    void Txt_CodeTournee_Change();
+    void Txt_CodeTournee_KeyPress(int& KeyAscii);
+    void Txt_CodeTournee_LostFocus();
+    void Cbo_Tournee_Click();
+    void Cbo_Tournee_KeyPress(int& KeyAscii);
+    void Cbo_Tournee_KeyDown(int& KeyCode, int Shift);
+    void Cbo_Tournee_LostFocus();
+    void Cbo_Date_Change();
+    void Cbo_Date_Click();
+    void Cbo_Date_KeyPress(int& KeyAscii);
+    void Cbo_Date_LostFocus();
+    void Txt_Date_Change();
+    void Txt_Date_KeyPress(int& KeyAscii);
+    void Txt_Date_LostFocus();
+    // The unsaved-changes test: true when the tournée on show differs from what was loaded.
+    // `compterLignes` adds the test on the row counts that only Txt_CodeTournee_KeyPress makes.
+    bool TourneeModifiee(bool compterLignes);
+    // The question on saving, answered 6 (yes), 7 (no) or 2 (cancel).
+    int DemandeEnregistrement();
+    // Unloads every label but the model, and empties and hides the scroll range.
+    void DechargerEtiquettes();
+
+    // ---- Display of a day (display/).
+    void Cmd_Affichage_Click();
+    void RechercheProtocole(const std::string& CodeAide);
+    void RechercheInterventionsValidees(const std::string& CodeAide, bool DemiJournee, int Portee);
+    void CadreAideSansTournee();
+    void CadreAideAvecTournee();
+    void CadreDetailAvecTournee();
+    void CadreDetail(const std::string& CodeAide, const std::string& CleTournee, const std::string& CleElement);
+
+    mvdb::DynamicRecord ResTournee;        // raw reply of RechercheInterventionsValidees
+    mvdb::DynamicRecord TabAccords;        // accords of the day, without a tournée
+    mvdb::DynamicRecord TabAccordsTournee; // accords of the day, for the tournée shown
+    mvdb::DynamicRecord ResTourneeDates;   // keys of the tournée at or before the date, latest first
+    mvdb::DynamicRecord ResTourneeJour;    // records of the version in force
+    std::string DateTourneeInterne;
+    int NbLignesDetail = 0;
+    int NbLignesAnomalies = 0;
+
+    // ---- Saving (saving/).
+    // Validates the tournée on show; `commitReussi()` tells whether the last one went through.
+    void Cmd_Ok_Click();
+    bool commitReussi() const { return m_commitReussi; }
+    // Shows the anomaly list modally; in its asking use the answer comes back in ValidationAnomalies.
+    void AfficherAnomalies(bool affichage);
 
 private:
     void buildInventory();
@@ -174,6 +220,7 @@ private:
 
     toolkit::Host& m_host;
     const base::Clock& m_clock;
+    bool m_commitReussi = false;
 };
 
 }  // namespace control
