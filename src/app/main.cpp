@@ -7,6 +7,7 @@
 
 #include "app/commands.h"
 #include "app/demo_data.h"
+#include "app/gui.h"
 #include "app/play.h"
 #include "base/clock.h"
 #include "base/error.h"
@@ -25,6 +26,7 @@ struct Options {
     std::string sentence;
     std::string input;
     int rights = 2;
+    double zoom = 0;
 };
 
 base::SystemClock makeClock(const Options& o) {
@@ -113,6 +115,7 @@ int main(int argc, char** argv) {
         screen->add_option("--db", o.db, "Base de données");
         screen->add_option("--rights", o.rights, "Niveau de droits");
         screen->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)");
+        screen->add_option("--zoom", o.zoom, "Zoom de l'écran, 1 pour 100 %")->check(CLI::Range(0.5, 4.0));
     }
 
     try {
@@ -127,8 +130,7 @@ int main(int argc, char** argv) {
         if (*dump) return runDump(o);
         if (*query) return runQuery(o);
         if (*play) return runPlayCommand(o);
-        std::cerr << "zandorel : l'écran de planification n'est pas encore disponible dans cette version\n";
-        return 1;
+        return app::runGui(app::GuiOptions{o.db, o.today, o.rights, o.zoom}, argc, argv);
     } catch (const base::Error& e) {
         std::cerr << "zandorel : " << e.what() << '\n';
         return 1;

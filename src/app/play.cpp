@@ -1,5 +1,6 @@
 #include "app/play.h"
 
+#include <algorithm>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -15,6 +16,7 @@
 #include "shell/ctr_zandorel.h"
 #include "toolkit/headless_host.h"
 #include "toolkit/input.h"
+#include "toolkit/recording_printer.h"
 
 namespace app {
 namespace {
@@ -75,10 +77,12 @@ public:
     }
 
     int run(std::istream& script) {
-        std::string line;
-        for (int number = 1; std::getline(script, line); ++number) {
+        for (std::string line; std::getline(script, line);)
+            m_lines.push_back(line);
+        while (m_next < m_lines.size()) {
+            const std::size_t number = m_next + 1;
             try {
-                play(words(line));
+                play(words(m_lines[m_next++]));
             } catch (const ScriptError& e) {
                 m_err << "zandorel play : ligne " << number << " : " << e.what() << '\n';
                 return 2;
@@ -140,8 +144,11 @@ private:
         return *m_clock;
     }
 
-    // A control by name, or an array element as Name(3).
-    toolkit::Control& find(const std::string& ref) {
+    // A control of the screen by name, or an array element as Name(3).
+    toolkit::Control& find(const std::string& ref) { return find(ctl().UserControl, ref); }
+
+    // A control of a form by name, or an array element as Name(3).
+    toolkit::Control& find(const toolkit::Form& form, const std::string& ref) {
         std::string name = ref;
         int index = -1;
         std::size_t open = ref.find('(');
@@ -149,7 +156,7 @@ private:
             name = ref.substr(0, open);
             index = number(ref.substr(open + 1, ref.size() - open - 2), "indice");
         }
-        toolkit::Control* c = ctl().UserControl.find(name, index);
+        toolkit::Control* c = form.find(name, index);
         if (!c || (index >= 0 && c->index() != index)) throw ScriptError("contrôle inconnu « " + ref + " »");
         return *c;
     }
@@ -178,6 +185,7 @@ private:
             m_ctl->setTheClient(nullptr);
             m_ctl->setTheDatabase(m_db);
             m_ctl->setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(m_rights));
+            m_ctl->setPrinters(std::make_shared<toolkit::RecordingPrinters>(m_printerNames));
             m_ctl->Init();
         };
         m_verbs["terminate"] = [this](const auto& w) {
@@ -228,6 +236,7 @@ private:
                 m_host.queueAnswer(a);
             }
         };
+        registerDialogVerbs();
         m_verbs["dump"] = [this](const auto& w) {
             arity(w, 0, 0);
             m_out << dumpState(ctl(), m_host.takeShown(), m_errors) << '\n';
@@ -237,6 +246,102 @@ private:
             arity(w, 1, 1);
             dumpRecords(database(), w[1], m_out);
         };
+    }
+
+    void registerDialogVerbs() {
+        m_verbs["dialog"] = [this](const auto& w) {
+            if (w.size() < 3) throw ScriptError("dialog : un formulaire et ses actions attendus");
+            std::vector<std::string> steps(w.begin() + 2, w.end());
+            checkDialogSteps(steps);
+            m_host.queueDialog(w[1], [this, steps](toolkit::Form& form) { playDialog(form, steps); });
+        };
+        m_verbs["rclick"] = [this](const auto& w) {
+            arity(w, 1, 1);
+            toolkit::Control& c = find(w[1]);
+            std::optional<std::string> entry = takeMenuClick();
+            m_host.queueMenuChoice(entry.value_or(""));
+            rightClick(c);
+            if (m_host.menuChoicesQueued() == 0) return;
+            m_host.dropMenuChoices();
+            if (entry) throw ScriptError("rclick " + w[1] + " n'a ouvert aucun menu pour " + *entry);
+        };
+        m_verbs["printer"] = [this](const auto& w) {
+            if (w.size() == 2 && w[1] == "cancel") {
+                m_host.queuePrinterCancel();
+                return;
+            }
+            if (w.size() != 2 && (w.size() != 4 || w[2] != "copies"))
+                throw ScriptError("printer : « cancel » ou une imprimante et « copies N » attendus");
+            int copies = w.size() == 4 ? number(w[3], "copies") : 1;
+            if (copies < 1) throw ScriptError("printer : au moins une copie attendue");
+            addPrinter(w[1]);
+            m_host.queuePrinter(w[1], copies);
+        };
+    }
+
+    // Steps of a dialog: names of controls to click, and "select N" for the list index N (from 0) of
+    // the form's first list box. Their syntax is checked when queued; the controls, once the form shows.
+    static void checkDialogSteps(const std::vector<std::string>& steps) {
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            if (steps[i] != "select") continue;
+            if (++i == steps.size()) throw ScriptError("dialog : select sans indice");
+            number(steps[i], "select");
+        }
+    }
+
+    void playDialog(toolkit::Form& form, const std::vector<std::string>& steps) {
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            if (steps[i] == "select") {
+                selectInFirstList(form, number(steps[++i], "select"));
+            } else {
+                toolkit::input::click(find(form, steps[i]));
+            }
+        }
+    }
+
+    static void selectInFirstList(toolkit::Form& form, int index) {
+        for (toolkit::Control* c : form.controls()) {
+            if (c->kind() != toolkit::Kind::ListBox) continue;
+            auto& list = static_cast<toolkit::ListBox&>(*c);
+            if (index < 0 || index >= list.listCount())
+                throw ScriptError("select " + std::to_string(index) + " : " + list.name() + " a " +
+                                  std::to_string(list.listCount()) + " élément(s)");
+            toolkit::input::focus(list);
+            list.setListIndex(index);
+            return;
+        }
+        throw ScriptError("dialog : " + form.name() + " n'a pas de liste");
+    }
+
+    // The menu entry that the next line clicks, which a right click's pop-up takes: that line is then
+    // played here and skipped by the runner.
+    std::optional<std::string> takeMenuClick() {
+        if (m_next >= m_lines.size()) return std::nullopt;
+        std::vector<std::string> next = words(m_lines[m_next]);
+        if (next.size() != 2 || next[0] != "click" || next[1].rfind("Mnu_", 0) != 0) return std::nullopt;
+        ++m_next;
+        return next[1];
+    }
+
+    // The right button pressed and released at the control's centre.
+    static void rightClick(toolkit::Control& c) {
+        if (!c.effectivelyVisible() || !c.effectivelyEnabled()) {
+            throw base::Error(base::codes::kBadData,
+                              "Clic droit impossible : " + c.name() + " est " +
+                                  (c.effectivelyVisible() ? "désactivé" : "invisible"));
+        }
+        constexpr int kRightButton = 2;
+        const double x = c.width() / 2, y = c.height() / 2;
+        if (c.MouseDown) c.MouseDown(kRightButton, 0, x, y);
+        if (c.MouseUp) c.MouseUp(kRightButton, 0, x, y);
+    }
+
+    // Until real printers come, each device a script names joins a list of recording printers, so the
+    // choice finds it by name ("pdf:/tmp/out.pdf" included); nothing reaches a file yet.
+    void addPrinter(const std::string& device) {
+        if (std::find(m_printerNames.begin(), m_printerNames.end(), device) != m_printerNames.end()) return;
+        m_printerNames.push_back(device);
+        if (m_ctl) m_ctl->setPrinters(std::make_shared<toolkit::RecordingPrinters>(m_printerNames));
     }
 
     PlayOptions m_options;
@@ -251,6 +356,9 @@ private:
     std::map<std::string, Verb> m_verbs;
     std::vector<std::string> m_errors;
     bool m_failed = false;
+    std::vector<std::string> m_lines;
+    std::size_t m_next = 0;  // the line to play next
+    std::vector<std::string> m_printerNames;
 };
 
 }  // namespace

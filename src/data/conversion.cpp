@@ -5,7 +5,10 @@
 #include <vector>
 
 #include "base/clock.h"
+#include "base/error.h"
 #include "base/text.h"
+#include "toolkit/host.h"
+#include "toolkit/printer.h"
 
 namespace data {
 namespace {
@@ -77,6 +80,23 @@ std::string ObjetConversion::NormaliserDate(std::string_view text) {
 
 std::string ObjetConversion::FormaterNombre(std::string_view number, int decimales) const {
     return base::formatFixed(base::toNumber(number), decimales);
+}
+
+void ObjetConversion::setImprimantes(toolkit::Host& host, std::shared_ptr<const toolkit::Printers> printers) {
+    m_host = &host;
+    m_imprimantes = std::move(printers);
+}
+
+std::string ObjetConversion::ChoisirImprimante(const std::string& papier) {
+    if (!m_host || !m_imprimantes) {
+        throw base::Error(base::codes::kNotBound,
+                          "Aucune liste d'imprimantes n'a été donnée au choix d'imprimante");
+    }
+    int copies = m_nombreCopies;
+    int choix = m_host->ChoosePrinter(m_imprimantes->deviceNames(), papier, copies);
+    if (choix < 0) return "-1";
+    m_nombreCopies = copies;
+    return std::to_string(choix);
 }
 
 }  // namespace data

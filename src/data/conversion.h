@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -8,11 +9,15 @@
 namespace base {
 class Clock;
 }
+namespace toolkit {
+class Host;
+class Printers;
+}  // namespace toolkit
 
 namespace data {
 
-// The conversions the whole screen depends on: internal day numbers, typed dates, number texts.
-// The printer choice joins it with printing.
+// The conversions the whole screen depends on: internal day numbers, typed dates, number texts, and
+// the printer choice that the prints share.
 class ObjetConversion {
 public:
     explicit ObjetConversion(const base::Clock& clock) : m_clock(clock) {}
@@ -35,9 +40,20 @@ public:
     // A number text with that many decimals and the decimal comma: ("12.5", 2) gives "12,50".
     std::string FormaterNombre(std::string_view number, int decimales) const;
 
+    // Where the printer choice shows its list, and the list it shows. Until given, a choice fails.
+    void setImprimantes(toolkit::Host& host, std::shared_ptr<const toolkit::Printers> printers);
+    // Shows the printers for a paper ("A4", or empty for any) and gives the number of the one chosen in
+    // the list, as text, or "-1" when the user gave up.
+    std::string ChoisirImprimante(const std::string& papier);
+    // The copies asked for in the last choice that was not given up; 1 before any.
+    int NombreCopies() const { return m_nombreCopies; }
+
 private:
     const base::Clock& m_clock;
     bool m_dateARetaper = false;
+    toolkit::Host* m_host = nullptr;
+    std::shared_ptr<const toolkit::Printers> m_imprimantes;
+    int m_nombreCopies = 1;
 };
 
 }  // namespace data

@@ -1,6 +1,7 @@
 #include "data/gateway.h"
 
 #include "base/error.h"
+#include "base/text.h"
 #include "data/layouts.h"
 
 namespace data {
@@ -56,6 +57,27 @@ mvdb::DynamicRecord LireEnregistrementOuVide(mvdb::File& file, const std::string
     mvdb::DynamicRecord empty;
     if (marqueur) empty.setText("Echec");
     return empty;
+}
+
+mvdb::DynamicRecord Interroger(mvdb::Database& database, const std::string& phrase, std::string_view fichier,
+                               std::string_view liste) {
+    mvdb::DynamicRecord requete;
+    requete.set(1, phrase);
+    requete.set(2, fichier);
+    requete.set(3, liste);
+    return database.Query(requete.text());
+}
+
+bool PeriodeActive(mvdb::Database& database, const mvdb::DynamicRecord& accords, std::int64_t ligne) {
+    mvdb::DynamicRecord argument;
+    argument.set(1, accords(ligne, 1));
+    argument.set(2, accords(ligne, 2));
+    argument.set(3, accords(ligne, 3));
+    argument.set(4, "E");
+    argument.set(5, "SA");
+    argument.set(6, "");
+    return base::compareValues(database.CallSubroutine("SSIADPERIODEACTIVE", argument.text()).text(), "1") ==
+           0;
 }
 
 }  // namespace data

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "mvdb/database.h"
 #include "mvdb/dynamic_record.h"
@@ -33,5 +34,14 @@ bool LireEnregistrement(mvdb::File& file, mvdb::DynamicRecord& record, const std
 
 // Reads `key`; when it is missing, gives a new empty record, whose whole value is "Echec" if `marqueur`.
 mvdb::DynamicRecord LireEnregistrementOuVide(mvdb::File& file, const std::string& key, bool marqueur);
+
+// Runs a selection in the calling order that every query of the screen follows: a new record holding the
+// sentence, the file to list and the attributes to return, passed whole to Query. Returns the reply.
+mvdb::DynamicRecord Interroger(mvdb::Database& database, const std::string& phrase, std::string_view fichier,
+                               std::string_view liste);
+
+// Asks the server whether the accord of row `ligne` of a reply listed with "0 1 2 3" (key, first day, last
+// day, state) is in an active period: SSIADPERIODEACTIVE with its six arguments answers "1".
+bool PeriodeActive(mvdb::Database& database, const mvdb::DynamicRecord& accords, std::int64_t ligne);
 
 }  // namespace data

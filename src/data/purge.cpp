@@ -51,11 +51,9 @@ void ApurerFichierSSIADTOURNEE(FichiersSSIAD& fichiers, const base::Date& today,
     FenetresApurement f = CalculerFenetres(today);
     const std::string limite = interne(f.DateLimite);
 
-    mvdb::DynamicRecord requete;
-    requete.set(1, "SELECT SSIADTOURNEE AVEC DateTournee < \"" + limite + "\" PAR DateTournee");
-    requete.set(2, std::string(kSSIADTOURNEE));
-    requete.set(3, "0 1 ");
-    mvdb::DynamicRecord reponse = fichiers.TheDatabase->Query(requete.text());
+    mvdb::DynamicRecord reponse = Interroger(
+        *fichiers.TheDatabase, "SELECT SSIADTOURNEE AVEC DateTournee < \"" + limite + "\" PAR DateTournee",
+        kSSIADTOURNEE, "0 1 ");
 
     const std::string debut1 = interne(f.DebutFenetre1), fin1 = interne(f.FinFenetre1);
     const std::string debut2 = interne(f.DebutFenetre2), fin2 = interne(f.FinFenetre2);

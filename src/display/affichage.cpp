@@ -1,1 +1,150 @@
-// Filled by its subsystem.
+#include "shell/ctr_zandorel.h"
+
+// The display command. It turns the choice of a tournée and a date into labels, and is the one routine
+// that makes items of Etq_Aide: the pane builders only fill the tables.
+#include <cstdint>
+
+#include "base/text.h"
+#include "data/layouts.h"
+#include "model/clock.h"
+#include "model/labels.h"
+#include "toolkit/host.h"
+
+namespace control {
+
+namespace {
+
+// Rows that the pane of aidés shows at once; more need the scroll bar.
+constexpr std::int64_t kLignesVisibles = 7;
+
+constexpr const char* kTitreMessage = "Message KORVELINE";
+
+// The range of the last display goes with its labels. Emptied while no label is loaded, so that the
+// Change a clamped value fires has nothing to move; a stale value would otherwise fire over the new rows
+// once the range is set, and hide them all.
+void viderDefilement(Ctr_Zandorel& c) {
+    c.VScroll.setMax(0);
+    c.DerniereValeurScroll = c.VScroll.value();
+    c.VScroll.setVisible(false);
+}
+
+// The scroll range after the labels of pane "AIDE" are made, and their first layout. Writing Max fires no
+// Change while the value stays put, and at the value 0 the paging shows the first row one line low: the
+// bar is put on row 1, whose Change shows rows 1 to 7 where they were made and parks the others. When
+// the value already is 1, the Change is run here instead, so the rows are laid out exactly once.
+void reglerDefilement(Ctr_Zandorel& c) {
+    const std::int64_t n = c.TabTempoAide->DCount();
+    c.VScroll.setMax(n > kLignesVisibles ? static_cast<int>(n) : 0);
+    c.DerniereValeurScroll = c.VScroll.value();
+    c.VScroll.setVisible(c.VScroll.max() != 0);
+    if (c.VScroll.max() == 0) return;
+    const int avant = c.VScroll.value();
+    c.VScroll.setValue(1);
+    if (c.VScroll.value() == avant) c.VScroll_Change();
+}
+
+void creerEtiquettesAide(Ctr_Zandorel& c) {
+    for (std::int64_t i = 1; i <= c.TabTempoAide->DCount(); ++i)
+        c.creerEtiquetteAide(static_cast<int>(i));
+    reglerDefilement(c);
+}
+
+// A time in hundredths as the anomaly list keeps it: HHMM as a number, rounded to five minutes.
+std::string heureAnomalie(double centiemes) {
+    return base::numberText(
+        static_cast<double>(base::roundHalfEven(model::CentiemesVersHeure(centiemes / 100) * 100)));
+}
+
+// A placed label whose planned time leaves the window of its protocole, both bounds allowed, adds a row
+// to TabAnomalies: the list the user sees once the display is done.
+void testerAnomalie(Ctr_Zandorel& c, std::int64_t i, const toolkit::Label& etiquette) {
+    const double debutPrevu = base::toNumber(etiquette.linkItem());
+    const auto s = static_cast<double>(base::roundHalfEven(debutPrevu));
+    // The end is the sum's text cut to four characters, so its fraction is dropped before the
+    // comparison: deliberate, the commit reads the end the same way.
+    const std::string fin =
+        model::finDetail(debutPrevu, base::toNumber(c.TabTempoDetail(i, model::col::DureeMn)));
+    const auto e = static_cast<double>(base::roundHalfEven(base::toNumber(fin)));
+    const double debutPermis = base::toNumber(c.TabTempoDetail(i, model::col::HeureDebut));
+    const double finPermise = base::toNumber(c.TabTempoDetail(i, model::col::HeureFin));
+    if (s >= debutPermis && e <= finPermise) return;
+
+    data::FichiersSSIAD& f = c.Mod.fichiers;
+    const int ligne = ++c.NbLignesAnomalies;
+    const std::string code = model::codeAideOf(c.TabTempoDetail(i, model::col::CleProtocole));
+    c.TabAnomalies->set(ligne, 1, code);
+    // Without a civil record the name stays unset.
+    if (data::LireEnregistrement(*f.CIVILAIDE, f.EnregCIVILAIDE, code)) {
+        c.TabAnomalies->set(
+            ligne, 2,
+            f.EnregCIVILAIDE(data::civilaide::kNom) + " " + f.EnregCIVILAIDE(data::civilaide::kPrenom));
+    }
+    c.TabAnomalies->set(ligne, 3, heureAnomalie(s));
+    c.TabAnomalies->set(ligne, 4, heureAnomalie(e));
+    c.TabAnomalies->set(ligne, 5, heureAnomalie(debutPermis));
+    c.TabAnomalies->set(ligne, 6, heureAnomalie(finPermise));
+}
+
+}  // namespace
+
+void Ctr_Zandorel::Cmd_Affichage_Click() {
+    // 1.
+    debutCommandeLongue();
+    SansTournee = false;
+
+    // 2. While an assignment is pending, the waiting labels and their table stay as they are.
+    if (!Mod.FlagAffectationEnCours) {
+        if (Etq_Aide.Count() > 1) {
+            Etq_Aide.unloadAll();
+            IndiceEtqMax = 0;
+        }
+        TabTempoAide.renew();
+        viderDefilement(*this);
+    }
+
+    // 3. The anomaly list belongs to the day on show.
+    TabTempoDetail.renew();
+    TabAnomalies.renew();
+    NbLignesAnomalies = 0;
+
+    if (Txt_CodeTournee.text().empty()) {
+        // 4. JourneeAffichee and the caption of Cmd_Sortir stay as they were.
+        SansTournee = true;
+        CadreAideSansTournee();
+        if (!TabTempoAide->text().empty()) {
+            creerEtiquettesAide(*this);
+        } else {
+            host().MsgBox("Pas d'aidé à affecter pour cette date.",
+                          toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
+        }
+    } else {
+        // 5.
+        NbLignesDetail = 0;
+        CadreDetailAvecTournee();
+
+        // 6. No anomaly is looked for in a past day, nor during an assignment.
+        for (std::int64_t i = 1; i <= TabTempoDetail->DCount(); ++i) {
+            const toolkit::Label& etiquette = creerEtiquetteDetail(static_cast<int>(i));
+            if (!Mod.FlagAffectationEnCours && !TourneeAnterieure) testerAnomalie(*this, i, etiquette);
+        }
+
+        // 7.
+        AlternerCouleursDetail();
+
+        // 8.
+        if (!Mod.FlagAffectationEnCours) {
+            if (!TabTempoAide->text().empty()) creerEtiquettesAide(*this);
+            Cmd_Sortir.setCaption("Annuler");
+            JourneeAffichee = true;
+        }
+    }
+
+    // 9.
+    finCommandeLongue();
+
+    // 10. Over a finished screen, enabled.
+    if (!Mod.FlagAffectationEnCours && !TourneeAnterieure && !TabAnomalies->text().empty())
+        AfficherAnomalies(true);
+}
+
+}  // namespace control

@@ -1,1 +1,166 @@
-// Filled by its subsystem.
+#include "shell/ctr_zandorel.h"
+
+// The pane of aidés: the interventions of the day that still lack an intervenant, derived for each
+// aidé from the accord, the protocoles and what is already planned. With a tournée shown, only what
+// that tournée could take.
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "base/text.h"
+#include "data/layouts.h"
+#include "model/labels.h"
+#include "mvdb/database.h"
+
+namespace control {
+
+namespace {
+
+using ColP = Ctr_Zandorel::ColProtocole;
+using ColV = Ctr_Zandorel::ColValidees;
+
+// Columns of the accords' reply, listed by "0 1 2 3": the key first.
+constexpr int kCleAccord = 1;
+
+// What the shown tournée brings to an intervention: one person (or no tournée at all), or a pair.
+enum class Equipe { Seul, Paire };
+
+mvdb::DynamicRecord accordsDuJour(mvdb::Database& bd, const std::string& jour) {
+    return data::Interroger(
+        bd, "SELECT SSIADACCORDS AVEC 1 <= \"" + jour + "\" AND AVEC 2 >= \"" + jour + "\" PAR CodeAide",
+        data::kSSIADACCORDS, "0 1 2 3");
+}
+
+bool egal(std::string_view valeur, std::string_view nombre) {
+    return base::compareValues(valeur, nombre) == 0;
+}
+
+int entier(std::string_view texte) {
+    return static_cast<int>(base::roundHalfEven(base::toNumber(texte)));
+}
+
+// Counts into NbPlaces the places of each protocole row that the validated records fill: a record of a
+// one-person tournée fills one place and any other record two. For a tournée of two only whether a
+// protocole is untouched matters, and each record counts one.
+void compterPlaces(model::WorkTable& protocoles, const model::WorkTable& validees, Equipe equipe) {
+    for (std::int64_t j = 1; !validees(j, ColV::HeureValidee).empty(); ++j) {
+        for (std::int64_t r = 1; !protocoles(r, ColP::CleProtocole).empty(); ++r) {
+            if (protocoles(r, ColP::CleProtocole) != validees(j, ColV::CleProtocole)) continue;
+            const int places =
+                equipe == Equipe::Paire || egal(validees(j, ColV::NbIntervenantsValides), "1") ? 1 : 2;
+            protocoles->set(r, ColP::NbPlaces,
+                            base::numberText(base::toNumber(protocoles(r, ColP::NbPlaces)) + places));
+        }
+    }
+}
+
+// TypeEtq of the label that protocole row r still needs, none when its places are taken or its count
+// of people is unknown. A pair takes only a protocole with both places free.
+std::optional<std::string> typeEtqRestant(const model::WorkTable& protocoles, std::int64_t r, Equipe equipe) {
+    const std::string nature = protocoles(r, ColP::TypeEtq);
+    const std::string requis = protocoles(r, ColP::NbIntervenantsProtocole);
+    const std::string places = protocoles(r, ColP::NbPlaces);
+    if (equipe == Equipe::Paire) {
+        if (egal(places, "0")) return nature + "|2";
+        return std::nullopt;
+    }
+    if (egal(requis, "1") && egal(places, "0")) return nature;
+    if (egal(requis, "2") && egal(places, "0")) return nature + "|2";
+    if (egal(requis, "2") && egal(places, "1")) return nature + "|1";
+    return std::nullopt;
+}
+
+// The labels still to make for the aidé whose TabProtocole and TabValidees are loaded, in the order of
+// TabProtocole, with the row number there as NumEtq.
+std::vector<model::LabelRow> etiquettesRestantes(Ctr_Zandorel& c, Equipe equipe) {
+    compterPlaces(c.TabProtocole, c.TabValidees, equipe);
+    std::vector<model::LabelRow> restantes;
+    for (std::int64_t r = 1; !c.TabProtocole(r, ColP::CleProtocole).empty(); ++r) {
+        std::optional<std::string> typeEtq = typeEtqRestant(c.TabProtocole, r, equipe);
+        if (!typeEtq) continue;
+        restantes.push_back({static_cast<int>(r), entier(c.TabProtocole(r, ColP::HeureDebut)),
+                             entier(c.TabProtocole(r, ColP::HeureFin)),
+                             entier(c.TabProtocole(r, ColP::DureeMn)), 0,
+                             c.TabProtocole(r, ColP::CleProtocole), *typeEtq});
+    }
+    return restantes;
+}
+
+}  // namespace
+
+int Ctr_Zandorel::InsererDansTabTempoAide(int NumEtq, int HeureDebut, int HeureFin, int DureeMn, int TopEtq,
+                                          const std::string& CleProtocole, const std::string& TypeEtq) {
+    const auto n = static_cast<int>(TabTempoAide->DCount());
+    const std::string debut = base::numberText(HeureDebut);
+    // An empty table, or a last row that starts no later, takes the row at the end. Otherwise the row
+    // goes before the first one that starts strictly later: rows of equal start keep their arrival.
+    int row = n + 1;
+    if (n > 0 && base::compareValues(TabTempoAide(n, model::col::HeureDebut), debut) > 0) {
+        row = 1;
+        while (base::compareValues(TabTempoAide(row, model::col::HeureDebut), debut) <= 0)
+            ++row;
+    }
+    AjoutEtqAide(row, NumEtq, HeureDebut, HeureFin, DureeMn, TopEtq, CleProtocole, TypeEtq);
+    return row;
+}
+
+bool Ctr_Zandorel::secteurDeLaTournee(const std::string& cleElemGest) {
+    data::FichiersSSIAD& f = Mod.fichiers;
+    if (!data::LireEnregistrement(*f.SSIADELEMGEST, f.EnregSSIADELEMGEST, cleElemGest)) return false;
+    if (!data::LireEnregistrement(*f.SSIADCARACTTOURNEE, f.EnregSSIADCARACTTOURNEE, Txt_CodeTournee.text()))
+        return false;
+    const std::string secteur = f.EnregSSIADELEMGEST(data::elemgest::kSecteur);
+    const mvdb::DynamicRecord& tournee = f.EnregSSIADCARACTTOURNEE;
+    for (std::int64_t v = 1; v <= tournee.DCount(data::caracttournee::kSecteurs); ++v) {
+        if (egal(tournee(data::caracttournee::kSecteurs, v), secteur)) return true;
+    }
+    return false;
+}
+
+void Ctr_Zandorel::CadreAideSansTournee() {
+    debutCommandeLongue();
+
+    // 1. No accord on that date: nothing to derive, but the pointer and the control come back all the
+    // same.
+    TabAccords = accordsDuJour(database(), ObjetConversion.DateInterne(Txt_Date.text()));
+
+    // 2.
+    if (!TabAccords(1).empty()) {
+        for (std::int64_t i = 1; i <= TabAccords.DCount(); ++i) {
+            if (!data::PeriodeActive(database(), TabAccords, i)) continue;
+            const std::string code = base::Left(TabAccords(i, kCleAccord), 5);
+            RechercheProtocole(code);
+            RechercheInterventionsValidees(code, false, 2);
+            // 3.
+            for (const model::LabelRow& e : etiquettesRestantes(*this, Equipe::Seul))
+                InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq,
+                                        e.CleProtocole, e.TypeEtq);
+        }
+    }
+
+    finCommandeLongue();
+}
+
+void Ctr_Zandorel::CadreAideAvecTournee() {
+    // 1. An empty result leaves the loop without a turn.
+    TabAccordsTournee = accordsDuJour(database(), ObjetConversion.DateInterne(Cbo_Date.text()));
+    const Equipe equipe = NbIntervenantsTournee == 2 ? Equipe::Paire : Equipe::Seul;
+
+    for (std::int64_t i = 1; i <= TabAccordsTournee.DCount(); ++i) {
+        const std::string cle = TabAccordsTournee(i, kCleAccord);
+        const std::string code = base::Left(cle, 5);
+        // 2.
+        if (!secteurDeLaTournee(code + base::Mid(cle, 9, 6))) continue;
+        // 3.
+        if (!data::PeriodeActive(database(), TabAccordsTournee, i)) continue;
+        // 4. With the tournée's filter; every record of the aidé's day, this tournée's included.
+        RechercheProtocole(code);
+        RechercheInterventionsValidees(code, true, 2);
+        // 5.
+        for (const model::LabelRow& e : etiquettesRestantes(*this, equipe))
+            InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq, e.CleProtocole,
+                                    e.TypeEtq);
+    }
+}
+
+}  // namespace control

@@ -45,12 +45,12 @@ std::string nomSysteme() {
 
 Ctr_Zandorel::Ctr_Zandorel(toolkit::Host& host, const base::Clock& clock)
     : UserControl("Ctr_Zandorel", host),
+      Frame2("Frame2", &UserControl),
+      Frame4("Frame4", &UserControl),
       Frame3("Frame3", &UserControl),
       Frm_MatinSoir("Frm_MatinSoir", &UserControl),
       Label1("Label1", &UserControl),
       Frame1("Frame1", &UserControl),
-      Frame2("Frame2", &UserControl),
-      Frame4("Frame4", &UserControl),
       Etq_LibelleTournee("Etq_LibelleTournee", &UserControl),
       Txt_CodeTournee("Txt_CodeTournee", &UserControl),
       Cbo_Tournee("Cbo_Tournee", &UserControl),
@@ -150,6 +150,7 @@ void Ctr_Zandorel::buildPanesAndLegend() {
     VScroll.setVisible(false);
 
     place(Frame1, 5280, 6480, 3975, 495, "Actes");
+    Frame1.setBorder(true);  // the legend of colours stands in its titled box
     place(Etq_Infirmier, 600, 160, 615, 255, "Infirmiers");
     place(Lst_Infirmier, 1320, 160, 255, 255);
     Lst_Infirmier.setBackColor(0xC0FFC0);
@@ -196,6 +197,22 @@ void Ctr_Zandorel::wireEvents() {
     Opt_Matin.Click = [this] { Opt_Matin_Click(); };
     Opt_Soir.Click = [this] { Opt_Soir_Click(); };
     VScroll.Change = [this] { VScroll_Change(); };
+    Cmd_Affichage.Click = [this] { Cmd_Affichage_Click(); };
+
+    Txt_CodeTournee.Change = [this] { Txt_CodeTournee_Change(); };
+    Txt_CodeTournee.KeyPress = [this](int& KeyAscii) { Txt_CodeTournee_KeyPress(KeyAscii); };
+    Txt_CodeTournee.LostFocus = [this] { Txt_CodeTournee_LostFocus(); };
+    Cbo_Tournee.Click = [this] { Cbo_Tournee_Click(); };
+    Cbo_Tournee.KeyPress = [this](int& KeyAscii) { Cbo_Tournee_KeyPress(KeyAscii); };
+    Cbo_Tournee.KeyDown = [this](int& KeyCode, int Shift) { Cbo_Tournee_KeyDown(KeyCode, Shift); };
+    Cbo_Tournee.LostFocus = [this] { Cbo_Tournee_LostFocus(); };
+    Cbo_Date.Change = [this] { Cbo_Date_Change(); };
+    Cbo_Date.Click = [this] { Cbo_Date_Click(); };
+    Cbo_Date.KeyPress = [this](int& KeyAscii) { Cbo_Date_KeyPress(KeyAscii); };
+    Cbo_Date.LostFocus = [this] { Cbo_Date_LostFocus(); };
+    Txt_Date.Change = [this] { Txt_Date_Change(); };
+    Txt_Date.KeyPress = [this](int& KeyAscii) { Txt_Date_KeyPress(KeyAscii); };
+    Txt_Date.LostFocus = [this] { Txt_Date_LostFocus(); };
 }
 
 // ---- Public members.

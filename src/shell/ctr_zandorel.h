@@ -10,6 +10,7 @@
 #include "toolkit/control_array.h"
 #include "toolkit/controls.h"
 #include "toolkit/form.h"
+#include "toolkit/printer.h"
 
 namespace base {
 class Clock;
@@ -53,12 +54,13 @@ public:
 
     // ---- The screen (client area 11355 x 7110 twips). Declared parent before child.
     toolkit::Form UserControl;
+    // The background frames first: what is made later is drawn over what was made before.
+    toolkit::Frame Frame2;
+    toolkit::Frame Frame4;
     toolkit::Frame Frame3;
     toolkit::Frame Frm_MatinSoir;
     toolkit::Frame Label1;
     toolkit::Frame Frame1;
-    toolkit::Frame Frame2;
-    toolkit::Frame Frame4;
     toolkit::Label Etq_LibelleTournee;
     toolkit::TextBox Txt_CodeTournee;
     toolkit::ComboBox Cbo_Tournee;
@@ -189,23 +191,66 @@ public:
     void CadreAideSansTournee();
     void CadreAideAvecTournee();
     void CadreDetailAvecTournee();
-    void CadreDetail(const std::string& CodeAide, const std::string& CleTournee, const std::string& CleElement);
+    void CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
+                     const std::string& CleElement);
 
-    mvdb::DynamicRecord ResTournee;        // raw reply of RechercheInterventionsValidees
-    mvdb::DynamicRecord TabAccords;        // accords of the day, without a tournée
-    mvdb::DynamicRecord TabAccordsTournee; // accords of the day, for the tournée shown
-    mvdb::DynamicRecord ResTourneeDates;   // keys of the tournée at or before the date, latest first
-    mvdb::DynamicRecord ResTourneeJour;    // records of the version in force
+    mvdb::DynamicRecord ResTournee;         // raw reply of RechercheInterventionsValidees
+    mvdb::DynamicRecord TabAccords;         // accords of the day, without a tournée
+    mvdb::DynamicRecord TabAccordsTournee;  // accords of the day, for the tournée shown
+    mvdb::DynamicRecord ResTourneeDates;    // keys of the tournée at or before the date, latest first
+    mvdb::DynamicRecord ResTourneeJour;     // records of the version in force
     std::string DateTourneeInterne;
     int NbLignesDetail = 0;
     int NbLignesAnomalies = 0;
 
+    // Columns of TabProtocole: one row per intervention the aidé needs in the half-day shown.
+    struct ColProtocole {
+        static constexpr int CleProtocole = 1, HeureDebut = 2, HeureFin = 3, TypeEtq = 4, DureeMn = 5,
+                             NbIntervenantsProtocole = 6, NbPlaces = 7;
+    };
+    // Columns of TabValidees: one row per SSIADTOURNEE record of the aidé already planned.
+    struct ColValidees {
+        static constexpr int HeureValidee = 1, HeureFinValidee = 2, CleProtocole = 3, TypeTournee = 4,
+                             NbIntervenantsValides = 5;
+    };
+
+private:
+    // Inserts a row into TabTempoAide where HeureDebut keeps the table rising, behind the rows of equal
+    // start, and gives its row number: 1 in an empty table, DCount after an append, otherwise the
+    // first row that starts later, whose rows below it moved down.
+    int InsererDansTabTempoAide(int NumEtq, int HeureDebut, int HeureFin, int DureeMn, int TopEtq,
+                                const std::string& CleProtocole, const std::string& TypeEtq);
+    // The sector filter of a shown tournée: reads SSIADELEMGEST `cleElemGest` and SSIADCARACTTOURNEE of
+    // Txt_CodeTournee into their buffers; true when both exist and the aidé's sector (attribute 23) is
+    // one of the tournée's (attribute 8).
+    bool secteurDeLaTournee(const std::string& cleElemGest);
+
+public:
     // ---- Saving (saving/).
     // Validates the tournée on show; `commitReussi()` tells whether the last one went through.
     void Cmd_Ok_Click();
     bool commitReussi() const { return m_commitReussi; }
     // Shows the anomaly list modally; in its asking use the answer comes back in ValidationAnomalies.
     void AfficherAnomalies(bool affichage);
+
+    // The printers of the machine as the host gives them, which the printer choice shows. A new list
+    // forgets the current printer. Until one is given, any print fails with a message.
+    void setPrinters(std::shared_ptr<toolkit::Printers> printers) {
+        m_printer = nullptr;
+        m_printers = std::move(printers);
+        ObjetConversion.setImprimantes(m_host, m_printers);
+    }
+    // Makes Printers(index) the current printer; fails for a number outside the list.
+    toolkit::Printer& setCurrentPrinter(int index) {
+        if (!m_printers) {
+            throw base::Error(base::codes::kNotBound,
+                              "Aucune imprimante n'a été donnée au contrôle Zandorel");
+        }
+        m_printer = &m_printers->at(index);
+        return *m_printer;
+    }
+    // The current printer; nullptr before the first choice.
+    toolkit::Printer* currentPrinter() const { return m_printer; }
 
 private:
     void buildInventory();
@@ -221,6 +266,8 @@ private:
     toolkit::Host& m_host;
     const base::Clock& m_clock;
     bool m_commitReussi = false;
+    std::shared_ptr<toolkit::Printers> m_printers;
+    toolkit::Printer* m_printer = nullptr;
 };
 
 }  // namespace control

@@ -85,6 +85,10 @@ bool Control::canTakeFocus() const {
     }
 }
 
+void Control::Drag() {
+    if (Form* f = form()) f->beginDrag(*this);
+}
+
 void Control::fireClick() {
     if (Click) Click();
 }

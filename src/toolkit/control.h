@@ -145,6 +145,10 @@ public:
     std::function<void(Control& source, double x, double y, int state)> DragOver;
     std::function<void(Control& source, double x, double y)> DragDrop;
 
+    // Begins a drag of this control at once (the toolkit's Drag with no argument); the drag ends at
+    // the drop or when it is cancelled.
+    void Drag();
+
     // Fires an event if a handler is set.
     void fireClick();
     void fireChange();

@@ -31,6 +31,7 @@ void TextBox::copyFrom(const Control& model) {
     Control::copyFrom(model);
     if (auto* box = dynamic_cast<const TextBox*>(&model)) {
         m_maxLength = box->m_maxLength;
+        m_multiLine = box->m_multiLine;
         m_text = box->m_text;
     }
 }

@@ -33,6 +33,9 @@ public:
     TextBox(std::string name, Control* parent) : Control(Kind::TextBox, std::move(name), parent) {}
     const std::string& text() const { return m_text; }
     void setText(const std::string& text);
+    // Several lines, with a vertical scroll bar, instead of one.
+    bool multiLine() const { return m_multiLine; }
+    void setMultiLine(bool v) { m_multiLine = v; }
     // Characters, 0 for no limit; typing stops at the limit, code may write more.
     int maxLength() const { return m_maxLength; }
     void setMaxLength(int n) { m_maxLength = n; }
@@ -45,6 +48,7 @@ public:
 private:
     std::string m_text;
     int m_maxLength = 0;
+    bool m_multiLine = false;
     int m_selStart = 0, m_selLength = 0;
 };
 

@@ -61,6 +61,37 @@ Control* Form::nextInTabOrder(Control* from, bool forward) const {
     return it == order.begin() ? order.back() : *--it;
 }
 
+void Form::origin(const Control& control, double& x, double& y) const {
+    x = y = 0;
+    for (const Control* c = &control; c && c != this; c = c->parent()) {
+        x += c->left();
+        y += c->top();
+    }
+}
+
+Control* Form::controlAt(double x, double y, double* localX, double* localY) const {
+    Control* found = const_cast<Form*>(this);
+    // Later controls are drawn over earlier ones, and children over their containers.
+    for (auto it = m_controls.rbegin(); it != m_controls.rend(); ++it) {
+        Control* c = *it;
+        if (c->kind() == Kind::Line || c->kind() == Kind::Menu || !c->effectivelyVisible()) continue;
+        double ox, oy;
+        origin(*c, ox, oy);
+        if (x < ox || y < oy || x >= ox + c->width() || y >= oy + c->height()) continue;
+        found = c;
+        break;
+    }
+    while (found != this && !found->enabled())
+        found = found->parent();
+    if (localX || localY) {
+        double ox, oy;
+        origin(*found, ox, oy);
+        if (localX) *localX = x - ox;
+        if (localY) *localY = y - oy;
+    }
+    return found;
+}
+
 bool Form::unload(int mode) {
     int cancel = 0;
     if (QueryUnload) QueryUnload(cancel, mode);

@@ -43,6 +43,19 @@ public:
     // The next control in tab order that can take the focus, after (or before) `from`.
     Control* nextInTabOrder(Control* from, bool forward) const;
 
+    // The control being dragged, nullptr when no drag is under way.
+    Control* dragSource() const { return m_dragSource; }
+    void beginDrag(Control& source) { m_dragSource = &source; }
+    void endDrag() { m_dragSource = nullptr; }
+
+    // The control that a pointer at (x, y), in the form's coordinates, is over: the one drawn on top
+    // among the visible controls that take mouse events (lines and menus do not; a disabled control
+    // passes the pointer to its container). The form itself when no control is there. `local` receives
+    // the point in the found control's own coordinates.
+    Control* controlAt(double x, double y, double* localX = nullptr, double* localY = nullptr) const;
+    // A control's position in the form's coordinates.
+    void origin(const Control& control, double& x, double& y) const;
+
     // Loaded and shown as a form of its own (not for the user control, which is always loaded).
     bool isLoaded() const { return m_loaded; }
     // Unloads the form: QueryUnload may cancel (mode 0 for the close box, 1 from code); then Unload.
@@ -67,6 +80,7 @@ private:
     std::vector<Control*> m_controls;
     std::map<std::string, ArrayBase*> m_arrays;
     Control* m_focus = nullptr;
+    Control* m_dragSource = nullptr;
     // False while a move is under way: a holder that never got GotFocus gets no LostFocus either.
     bool m_focusArrived = false;
     bool m_loaded = true;

@@ -1,5 +1,7 @@
 #include "toolkit/headless_host.h"
 
+#include <algorithm>
+
 #include "toolkit/controls.h"
 #include "toolkit/form.h"
 
@@ -52,6 +54,18 @@ void HeadlessHost::PopupMenu(Menu& menu) {
         }
     }
     throw Unanswered("le menu " + menu.name() + " n'a pas d'entrée active " + entry);
+}
+
+int HeadlessHost::ChoosePrinter(const std::vector<std::string>& devices, const std::string& paper,
+                                int& copies) {
+    if (m_printers.empty()) throw Unanswered("choix d'imprimante sans réponse (papier « " + paper + " »)");
+    PrinterAnswer answer = m_printers.front();
+    m_printers.pop_front();
+    if (!answer.device) return -1;
+    auto it = std::find(devices.begin(), devices.end(), *answer.device);
+    if (it == devices.end()) throw Unanswered("pas d'imprimante « " + *answer.device + " » dans la liste");
+    copies = answer.copies;
+    return static_cast<int>(it - devices.begin());
 }
 
 void HeadlessHost::DoEvents() {

@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -46,11 +47,26 @@ public:
     void DoEvents() override;
     // The entry to choose in the next pop-up menu; empty to close it without choosing.
     void queueMenuChoice(const std::string& entry) { m_menuChoices.push_back(entry); }
+    // Choices queued that no pop-up menu took yet; dropping them forgets them.
+    std::size_t menuChoicesQueued() const { return m_menuChoices.size(); }
+    void dropMenuChoices() { m_menuChoices.clear(); }
+
+    // The answer to the next printer choice: the printer of that device name, with a count of copies.
+    // A name the list does not hold is no answer. `queuePrinterCancel` gives up instead.
+    void queuePrinter(const std::string& device, int copies) { m_printers.push_back({device, copies}); }
+    void queuePrinterCancel() { m_printers.push_back({std::nullopt, 0}); }
+    int ChoosePrinter(const std::vector<std::string>& devices, const std::string& paper,
+                      int& copies) override;
 
 private:
     std::deque<int> m_answers;
     std::deque<std::pair<std::string, DialogScript>> m_dialogs;
     std::deque<std::string> m_menuChoices;
+    struct PrinterAnswer {
+        std::optional<std::string> device;  // none: the user gives up
+        int copies = 1;
+    };
+    std::deque<PrinterAnswer> m_printers;
     std::vector<Shown> m_shown;
     int m_doEvents = 0;
 };

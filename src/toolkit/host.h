@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace toolkit {
 
@@ -20,9 +21,9 @@ inline constexpr int kYes = 6;
 inline constexpr int kNo = 7;
 }  // namespace msgbox
 
-// What the screen asks of whatever shows it: message boxes, modal forms, pop-up menus, the yield to
-// the event queue, and the screen's mouse pointer. The Qt adapter shows real windows and waits for the
-// user; the headless host answers from a script.
+// What the screen asks of whatever shows it: message boxes, modal forms, pop-up menus, the printer
+// choice, the yield to the event queue, and the screen's mouse pointer. The Qt adapter shows real
+// windows and waits for the user; the headless host answers from a script.
 class Host {
 public:
     virtual ~Host() = default;
@@ -35,6 +36,13 @@ public:
     virtual void PopupMenu(Menu& menu) = 0;
     // Lets waiting events run once.
     virtual void DoEvents() = 0;
+    // Shows the printers by device name, for a paper (empty for any), and returns the number of the one
+    // chosen, or -1 when the user gave up; `copies` then holds the count asked for, and is left alone
+    // on -1. A host that has no such choice gives up.
+    virtual int ChoosePrinter(const std::vector<std::string>& /*devices*/, const std::string& /*paper*/,
+                              int& /*copies*/) {
+        return -1;
+    }
 
     // Screen.MousePointer: 0 default, 11 hourglass.
     int screenMousePointer() const { return m_screenPointer; }

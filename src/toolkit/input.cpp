@@ -151,6 +151,20 @@ void focus(Control& control) {
     control.setFocus();
 }
 
+void press(Control& box, int code) {
+    requireEditable(box);
+    int keyCode = keyCodeOf(code);
+    if (box.KeyDown) box.KeyDown(keyCode, 0);
+    int keyAscii = code;
+    if (box.KeyPress) box.KeyPress(keyAscii);
+    if (keyAscii == 0) return;
+    if (keyAscii == static_cast<int>(Key::Backspace)) {
+        deleteBackward(box);
+    } else if (keyAscii >= 32) {
+        insertCharacter(box, utf8(keyAscii));
+    }
+}
+
 void type(Control& box, const std::string& text) {
     requireEditable(box);
     focus(box);
@@ -158,18 +172,8 @@ void type(Control& box, const std::string& text) {
         auto& t = static_cast<TextBox&>(box);
         t.setSelection(static_cast<int>(base::Len(t.text())), 0);
     }
-    for (int code : codePoints(text)) {
-        int keyCode = keyCodeOf(code);
-        if (box.KeyDown) box.KeyDown(keyCode, 0);
-        int keyAscii = code;
-        if (box.KeyPress) box.KeyPress(keyAscii);
-        if (keyAscii == 0) continue;
-        if (keyAscii == static_cast<int>(Key::Backspace)) {
-            deleteBackward(box);
-        } else if (keyAscii >= 32) {
-            insertCharacter(box, utf8(keyAscii));
-        }
-    }
+    for (int code : codePoints(text))
+        press(box, code);
 }
 
 void key(Control& control, Key key) {
@@ -223,6 +227,23 @@ void choose(ComboBox& combo, const std::string& item) {
         return;
     }
     combo.setListIndex(index);
+}
+
+void dragOver(Form& form, double x, double y, int state) {
+    Control* source = form.dragSource();
+    if (!source) return;
+    double lx = 0, ly = 0;
+    Control* target = form.controlAt(x, y, &lx, &ly);
+    if (target->DragOver) target->DragOver(*source, lx, ly, state);
+}
+
+void dragDrop(Form& form, double x, double y) {
+    Control* source = form.dragSource();
+    if (!source) return;
+    double lx = 0, ly = 0;
+    Control* target = form.controlAt(x, y, &lx, &ly);
+    form.endDrag();
+    if (target->DragDrop) target->DragDrop(*source, lx, ly);
 }
 
 void scroll(VScrollBar& bar, int value) {

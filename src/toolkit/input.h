@@ -6,6 +6,7 @@ namespace toolkit {
 
 class Control;
 class ComboBox;
+class Form;
 class VScrollBar;
 
 // Keys a user presses, with the toolkit's key codes.
@@ -16,6 +17,9 @@ enum class Key { Enter = 13, Tab = 9, Backspace = 8, Delete = 46, Escape = 27 };
 // Each fails with base::Error when the control cannot take the action (hidden, disabled).
 namespace input {
 
+// One character typed at the caret of the box that has the focus: KeyDown, KeyPress, and unless the
+// key was swallowed, the edit. The screen adapter calls it for each key the user types.
+void press(Control& box, int codePoint);
 // A click: the focus moves to a control that can take it, then Click (an option is selected first).
 void click(Control& control);
 // The focus, with LostFocus on the old holder and GotFocus on the new one.
@@ -32,6 +36,11 @@ void clear(Control& box);
 void choose(ComboBox& combo, const std::string& item);
 // Moving a scroll bar's thumb.
 void scroll(VScrollBar& bar, int value);
+// During a drag, the pointer at (x, y) in the form's coordinates: DragOver on the control under it,
+// with the point in that control's coordinates. Nothing when no drag is under way.
+void dragOver(Form& form, double x, double y, int state);
+// The drop at (x, y): DragDrop on the control under it; the drag ends.
+void dragDrop(Form& form, double x, double y);
 
 }  // namespace input
 }  // namespace toolkit

@@ -1,0 +1,85 @@
+#include "app/gui.h"
+
+#include <QApplication>
+#include <QFont>
+#include <QMessageBox>
+#include <QScreen>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+
+#include "app/commands.h"
+#include "app/demo_data.h"
+#include "base/clock.h"
+#include "base/error.h"
+#include "qtui/main_window.h"
+#include "shell/ctr_zandorel.h"
+
+namespace app {
+namespace {
+
+// The screen was drawn for 800 x 600 displays; today's are larger. Take the largest usual zoom at which
+// the control still fits the screen.
+double zoomForScreen() {
+    QScreen* screen = QGuiApplication::primaryScreen();
+    if (!screen) return 1.5;
+    QSize room = screen->availableSize();
+    for (double zoom : {2.0, 1.75, 1.5, 1.25}) {
+        if (11355 * zoom / 15 + 40 < room.width() && 7110 * zoom / 15 + 80 < room.height()) return zoom;
+    }
+    return 1.0;
+}
+
+std::shared_ptr<mvdb::Database> openOrCreate(const GuiOptions& o, const base::Clock& clock) {
+    std::string path = o.db.empty() ? defaultDatabasePath() : o.db;
+    bool fresh = !std::filesystem::exists(path);
+    if (fresh && !o.db.empty())
+        throw base::Error(base::codes::kStorage, "Base de données introuvable : " + path);
+    if (fresh) std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    auto db = openDatabase(path, mvdb::OpenMode::CreateIfMissing, clock);
+    if (fresh) writeDemoService(*db, DemoOptions{clock.today(), 40, 60, 1});
+    return db;
+}
+
+}  // namespace
+
+std::string defaultDatabasePath() {
+    const char* data = std::getenv("XDG_DATA_HOME");
+    const char* home = std::getenv("HOME");
+    std::filesystem::path folder = data && *data
+                                       ? std::filesystem::path(data)
+                                       : std::filesystem::path(home ? home : ".") / ".local" / "share";
+    return (folder / "zandorel" / "zandorel.db").string();
+}
+
+int runGui(const GuiOptions& o, int argc, char** argv) {
+    QApplication application(argc, argv);
+    QApplication::setApplicationName("Zandorel");
+    // The screen was laid out for the fonts of its time; their metric twins keep captions within their boxes.
+    QFont::insertSubstitution("MS Sans Serif", "Liberation Sans");
+    QFont::insertSubstitution("Courier New", "Liberation Mono");
+    base::SystemClock clock =
+        o.today.empty() ? base::SystemClock() : base::SystemClock(parseTodayOption(o.today));
+    std::shared_ptr<mvdb::Database> db;
+    try {
+        db = openOrCreate(o, clock);
+    } catch (const base::Error& e) {
+        QMessageBox::critical(nullptr, "Zandorel", QString::fromStdString(e.what()));
+        std::cerr << "zandorel : " << e.what() << '\n';
+        return 1;
+    }
+    qtui::Zoom zoom(o.zoom > 0 ? o.zoom : zoomForScreen());
+    qtui::QtHost host(zoom);
+    control::Ctr_Zandorel ctl(host, clock);
+    ctl.setTheClient(nullptr);
+    ctl.setTheDatabase(db);
+    ctl.setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(o.rights));
+    qtui::MainWindow window(ctl, host, zoom);
+    window.show();
+    window.start();
+    int code = QApplication::exec();
+    ctl.UserControl_Terminate();
+    return code;
+}
+
+}  // namespace app

@@ -1,0 +1,291 @@
+#include "qtui/form_view.h"
+
+#include <QApplication>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QMouseEvent>
+
+#include "base/error.h"
+#include "qtui/widgets.h"
+#include "toolkit/controls.h"
+#include "toolkit/host.h"
+#include "toolkit/input.h"
+
+namespace qtui {
+namespace {
+
+QString qtext(const std::string& s) {
+    return QString::fromStdString(s);
+}
+
+// Captions use CRLF between lines, as the toolkit's labels did.
+QString caption(const std::string& s) {
+    return qtext(s).replace("\r\n", "\n");
+}
+
+QString colourStyle(const char* widget, toolkit::Colour back, toolkit::Colour fore) {
+    return QString("%1 { background-color: %2; color: %3; }")
+        .arg(widget, toQColor(back).name(), toQColor(fore).name());
+}
+
+}  // namespace
+
+FormView::FormView(toolkit::Form& form, Zoom zoom, QWidget* parent)
+    : QWidget(parent), m_form(form), m_zoom(zoom) {
+    setAutoFillBackground(true);
+    setMouseTracking(true);
+    m_widgets[&form] = this;
+    m_controls[this] = &form;
+    for (toolkit::Control* c : form.controls())
+        create(*c);
+    applyAll(form, this);
+    m_form.setObserver(this);
+}
+
+FormView::~FormView() {
+    m_form.setObserver(nullptr);
+}
+
+void FormView::setZoom(Zoom zoom) {
+    m_zoom = zoom;
+    for (auto& [control, widget] : m_widgets)
+        applyAll(*const_cast<toolkit::Control*>(control), widget);
+}
+
+QWidget* FormView::widgetFor(const toolkit::Control* control) const {
+    auto it = m_widgets.find(control);
+    return it == m_widgets.end() ? nullptr : it->second;
+}
+
+toolkit::Control* FormView::controlFor(const QWidget* widget) const {
+    for (const QWidget* w = widget; w; w = w->parentWidget()) {
+        auto it = m_controls.find(w);
+        if (it != m_controls.end()) return it->second;
+    }
+    return nullptr;
+}
+
+QWidget* FormView::makeWidget(toolkit::Control& c, QWidget* parent) {
+    switch (c.kind()) {
+        case toolkit::Kind::Label:
+            return new LabelWidget(*this, c, parent);
+        case toolkit::Kind::Frame:
+            return new FrameWidget(*this, c, parent);
+        case toolkit::Kind::Line:
+            return new LineWidget(c, parent);
+        case toolkit::Kind::TextBox:
+            return new TextBoxWidget(*this, c, parent);
+        case toolkit::Kind::ComboBox:
+            return new ComboWidget(*this, c, parent);
+        case toolkit::Kind::ListBox: {
+            auto* list = new QListWidget(parent);
+            list->setFocusPolicy(Qt::NoFocus);
+            return list;
+        }
+        case toolkit::Kind::OptionButton:
+            return new OptionWidget(*this, c, parent);
+        case toolkit::Kind::CommandButton:
+            return new ButtonWidget(*this, c, parent);
+        case toolkit::Kind::VScrollBar:
+            return new ScrollWidget(*this, c, parent);
+        case toolkit::Kind::Menu:
+        case toolkit::Kind::Form:
+            return nullptr;
+    }
+    return nullptr;
+}
+
+void FormView::create(toolkit::Control& c) {
+    if (m_widgets.count(&c)) return;
+    QWidget* parent = c.parent() ? widgetFor(c.parent()) : this;
+    if (!parent) return;  // menus and what hangs from them have no widget
+    QWidget* w = makeWidget(c, parent);
+    if (!w) return;
+    m_widgets[&c] = w;
+    m_controls[w] = &c;
+    applyAll(c, w);
+}
+
+void FormView::destroy(toolkit::Control& c) {
+    QWidget* w = widgetFor(&c);
+    if (!w || w == this) return;
+    m_widgets.erase(&c);
+    m_controls.erase(w);
+    w->hide();
+    w->deleteLater();
+}
+
+void FormView::applyAll(toolkit::Control& c, QWidget* w) {
+    using P = toolkit::Property;
+    for (P p : {P::Geometry, P::Font, P::BackColor, P::Caption, P::Text, P::List, P::ListIndex, P::Value,
+                P::Range, P::ToolTipText, P::MousePointer, P::Enabled, P::Visible}) {
+        apply(c, w, p);
+    }
+    if (c.kind() != toolkit::Kind::Form) w->raise();
+}
+
+void FormView::changed(toolkit::Control& c, toolkit::Property p) {
+    if (p == toolkit::Property::Loaded) return create(c);
+    if (p == toolkit::Property::Unloaded) return destroy(c);
+    if (QWidget* w = widgetFor(&c)) apply(c, w, p);
+}
+
+void FormView::apply(toolkit::Control& c, QWidget* w, toolkit::Property p) {
+    using P = toolkit::Property;
+    using K = toolkit::Kind;
+    switch (p) {
+        case P::Geometry:
+            if (c.kind() == K::Line) {
+                auto& line = static_cast<toolkit::Line&>(c);
+                QPoint a(m_zoom.px(line.x1()), m_zoom.px(line.y1())),
+                    b(m_zoom.px(line.x2()), m_zoom.px(line.y2()));
+                QRect box = QRect(a, b).normalized().adjusted(0, 0, 1, 1);
+                static_cast<LineWidget*>(w)->place(box, a - box.topLeft(), b - box.topLeft());
+            } else if (c.kind() == K::Form) {
+                setFixedSize(m_zoom.px(c.width()), m_zoom.px(c.height()));
+            } else {
+                w->setGeometry(m_zoom.rect(c));
+            }
+            break;
+        case P::Visible:
+            if (c.kind() != K::Form) {
+                w->setVisible(c.visible());
+            } else if (!c.visible() && onFormHidden) {
+                onFormHidden();
+            }
+            break;
+        case P::Enabled:
+            w->setEnabled(c.enabled());
+            break;
+        case P::Font:
+            w->setFont(m_zoom.font(c));
+            break;
+        case P::BackColor:
+        case P::ForeColor:
+            if (c.kind() == K::Label) {
+                w->setStyleSheet(colourStyle("QLabel", c.backColor(), c.foreColor()) +
+                                 (c.border() ? " QLabel { border: 1px solid black; }" : ""));
+            } else if (c.kind() == K::ListBox || c.kind() == K::TextBox || c.kind() == K::ComboBox) {
+                QPalette pal = w->palette();
+                pal.setColor(QPalette::Base, toQColor(c.backColor()));
+                w->setPalette(pal);
+            } else if (c.hasBackColor()) {
+                QPalette pal = w->palette();
+                pal.setColor(QPalette::Window, toQColor(c.backColor()));
+                pal.setColor(QPalette::Button, toQColor(c.backColor()));
+                w->setPalette(pal);
+                w->setAutoFillBackground(true);
+            }
+            break;
+        case P::Caption:
+            if (c.kind() == K::Label) static_cast<QLabel*>(w)->setText(caption(c.caption()));
+            if (c.kind() == K::CommandButton) static_cast<QPushButton*>(w)->setText(qtext(c.caption()));
+            if (c.kind() == K::OptionButton) static_cast<QRadioButton*>(w)->setText(qtext(c.caption()));
+            if (c.kind() == K::Frame) static_cast<FrameWidget*>(w)->setCaption(qtext(c.caption()));
+            break;
+        case P::Text:
+        case P::Selection:
+            if (c.kind() == K::TextBox) {
+                auto& box = static_cast<toolkit::TextBox&>(c);
+                static_cast<TextBoxWidget*>(w)->mirrorText(qtext(box.text()), box.selStart());
+            }
+            if (c.kind() == K::ComboBox) static_cast<ComboWidget*>(w)->mirror();
+            break;
+        case P::List:
+        case P::ListIndex:
+            if (c.kind() == K::ComboBox) static_cast<ComboWidget*>(w)->mirror();
+            break;
+        case P::Value:
+        case P::Range:
+            if (c.kind() == K::OptionButton) {
+                QSignalBlocker block(w);
+                static_cast<QRadioButton*>(w)->setChecked(static_cast<toolkit::OptionButton&>(c).value());
+            }
+            if (c.kind() == K::VScrollBar) static_cast<ScrollWidget*>(w)->mirror();
+            break;
+        case P::ToolTipText:
+            w->setToolTip(qtext(c.toolTipText()));
+            break;
+        case P::MousePointer:
+            if (c.mousePointer() == 5) {
+                w->setCursor(Qt::SizeAllCursor);
+            } else if (c.mousePointer() == toolkit::kPointerHourglass) {
+                w->setCursor(Qt::WaitCursor);
+            } else {
+                w->unsetCursor();
+            }
+            break;
+        case P::Tag:
+        case P::LinkItem:
+        case P::Loaded:
+        case P::Unloaded:
+            break;
+    }
+}
+
+void FormView::forward(const std::function<void()>& action) {
+    // Input that arrives while the model handles earlier input waits its turn in the model's own order:
+    // the model runs one event at a time, as the toolkit did.
+    try {
+        action();
+    } catch (const base::Error& e) {
+        QMessageBox box(QMessageBox::Critical, "Zandorel", QString::fromStdString(e.what()),
+                        QMessageBox::NoButton, this);
+        box.addButton("OK", QMessageBox::AcceptRole);
+        box.exec();
+        // The routine stopped halfway; the screen goes back to the user as it stands.
+        m_form.host().setScreenMousePointer(toolkit::kPointerDefault);
+        m_form.setEnabled(true);
+    }
+    syncFocus();
+    if (afterInput) afterInput();
+}
+
+void FormView::syncFocus() {
+    QWidget* w = widgetFor(m_form.activeControl());
+    if (!w || w == this) return;
+    if (auto* combo = qobject_cast<QComboBox*>(w))
+        w = combo->lineEdit() ? static_cast<QWidget*>(combo->lineEdit()) : w;
+    if (!w->hasFocus() && w->isVisible() && w->isEnabled()) w->setFocus(Qt::OtherFocusReason);
+}
+
+bool FormView::focusNextPrevChild(bool next) {
+    toolkit::Control* active = m_form.activeControl();
+    if (!active) return QWidget::focusNextPrevChild(next);
+    if (next) {
+        forward([&] { toolkit::input::key(*active, toolkit::Key::Tab); });
+    } else if (toolkit::Control* previous = m_form.nextInTabOrder(active, false)) {
+        forward([&] { toolkit::input::focus(*previous); });
+    }
+    return true;
+}
+
+QPoint FormView::toFormPixels(const QWidget* widget, QPoint pos) const {
+    return widget->mapTo(this, pos);
+}
+
+void FormView::dragMove(QPoint pos) {
+    forward([&] { toolkit::input::dragOver(m_form, m_zoom.twips(pos.x()), m_zoom.twips(pos.y()), 2); });
+}
+
+void FormView::dragDrop(QPoint pos) {
+    forward([&] { toolkit::input::dragDrop(m_form, m_zoom.twips(pos.x()), m_zoom.twips(pos.y())); });
+}
+
+void FormView::mousePressEvent(QMouseEvent* e) {
+    int button = e->button() == Qt::RightButton ? 2 : e->button() == Qt::LeftButton ? 1 : 4;
+    QPointF p = e->position();
+    forward([&] {
+        if (m_form.MouseDown) m_form.MouseDown(button, 0, m_zoom.twips(p.x()), m_zoom.twips(p.y()));
+    });
+}
+
+void FormView::mouseMoveEvent(QMouseEvent* e) {
+    if (m_form.dragSource()) dragMove(e->position().toPoint());
+}
+
+void FormView::mouseReleaseEvent(QMouseEvent* e) {
+    if (m_form.dragSource()) dragDrop(e->position().toPoint());
+}
+
+}  // namespace qtui

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QWidget>
+#include <functional>
+#include <unordered_map>
+
+#include "qtui/geometry.h"
+#include "toolkit/control.h"
+#include "toolkit/form.h"
+
+namespace qtui {
+
+// Shows a form of the forms model and forwards the user's input to it. It mirrors every property the
+// model announces and holds no decision and no state of its own: each key, click, focus change and drag
+// goes to the model through toolkit::input, and whatever the model then changes comes back as a
+// property change. A failure that a routine lets through is shown in a dialog, and the screen is
+// given back to the user.
+class FormView : public QWidget, public toolkit::Observer {
+public:
+    FormView(toolkit::Form& form, Zoom zoom, QWidget* parent = nullptr);
+    ~FormView() override;
+
+    toolkit::Form& form() const { return m_form; }
+    const Zoom& zoom() const { return m_zoom; }
+    void setZoom(Zoom zoom);
+    QWidget* widgetFor(const toolkit::Control* control) const;
+    toolkit::Control* controlFor(const QWidget* widget) const;
+
+    // Runs a piece of user input on the model, shows a failure, and brings the focus in line.
+    void forward(const std::function<void()>& action);
+    // Puts Qt's focus on the widget of the model's active control.
+    void syncFocus();
+
+    void changed(toolkit::Control& control, toolkit::Property property) override;
+
+    // Called when the model hides its form, and after each piece of input has run.
+    std::function<void()> onFormHidden;
+    std::function<void()> afterInput;
+
+    // A drag of the model is followed with the mouse: the pointer over this view, in pixels.
+    void dragMove(QPoint pos);
+    void dragDrop(QPoint pos);
+
+protected:
+    bool focusNextPrevChild(bool next) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    void create(toolkit::Control& control);
+    void destroy(toolkit::Control& control);
+    void apply(toolkit::Control& control, QWidget* widget, toolkit::Property property);
+    void applyAll(toolkit::Control& control, QWidget* widget);
+    QWidget* makeWidget(toolkit::Control& control, QWidget* parent);
+    QPoint toFormPixels(const QWidget* widget, QPoint pos) const;
+
+    toolkit::Form& m_form;
+    Zoom m_zoom;
+    std::unordered_map<const toolkit::Control*, QWidget*> m_widgets;
+    std::unordered_map<const QWidget*, toolkit::Control*> m_controls;
+    bool m_forwarding = false;
+};
+
+}  // namespace qtui

@@ -1,0 +1,66 @@
+#include "qtui/main_window.h"
+
+#include <QActionGroup>
+#include <QCloseEvent>
+#include <QMenuBar>
+#include <QTimer>
+
+#include "shell/ctr_zandorel.h"
+#include "toolkit/input.h"
+
+namespace qtui {
+
+MainWindow::MainWindow(control::Ctr_Zandorel& ctl, QtHost& host, Zoom zoom) : m_ctl(ctl), m_host(host) {
+    setWindowTitle("Gestion des tournées SSIAD");
+    m_view = new FormView(ctl.UserControl, zoom, this);
+    setCentralWidget(m_view);
+    m_view->afterInput = [this] { leaveIfAsked(); };
+    m_host.setWindow(this);
+
+    QMenu* display = menuBar()->addMenu("&Affichage");
+    auto* zooms = new QActionGroup(this);
+    for (int percent : {100, 125, 150, 175, 200, 250}) {
+        QAction* action = display->addAction(QString("Zoom %1 %").arg(percent));
+        action->setCheckable(true);
+        action->setChecked(std::abs(zoom.factor() * 100 - percent) < 1);
+        zooms->addAction(action);
+        connect(action, &QAction::triggered, this, [this, percent] { setZoom(percent / 100.0); });
+    }
+    QMenu* help = menuBar()->addMenu(QString::fromStdString(ctl.Mnu_Aide.caption()));
+    QAction* contents = help->addAction(QString::fromStdString(ctl.Mnu_Sommaire.caption()));
+    connect(contents, &QAction::triggered, this,
+            [this] { m_view->forward([this] { m_ctl.Mnu_Sommaire.fireClick(); }); });
+}
+
+void MainWindow::start() {
+    m_view->forward([this] { m_ctl.Init(); });
+}
+
+void MainWindow::setZoom(double factor) {
+    Zoom zoom(factor);
+    m_host.setZoom(zoom);
+    m_view->setZoom(zoom);
+    adjustSize();
+}
+
+void MainWindow::leaveIfAsked() {
+    if (m_ctl.W_Sortir) QTimer::singleShot(0, this, [this] { close(); });
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (m_ctl.W_Sortir) return event->accept();
+    // The close box leaves as the screen's own button does, with its question on unsaved changes.
+    toolkit::CommandButton& sortir = m_ctl.Cmd_Sortir;
+    if (!sortir.Click || !sortir.effectivelyEnabled() || !sortir.effectivelyVisible() ||
+        !m_ctl.UserControl.enabled()) {
+        return event->accept();
+    }
+    m_view->forward([&] { toolkit::input::click(sortir); });
+    if (m_ctl.W_Sortir) {
+        event->accept();
+    } else {
+        event->ignore();
+    }
+}
+
+}  // namespace qtui

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QWidget>
+
+#include "qtui/geometry.h"
+#include "toolkit/host.h"
+
+namespace qtui {
+
+// The host on a real screen: message boxes with the exclamation icon and French buttons, modal forms
+// as dialogs, pop-up menus at the pointer, the hourglass as Qt's wait cursor.
+class QtHost : public toolkit::Host {
+public:
+    explicit QtHost(Zoom zoom) : m_zoom(zoom) {}
+    void setZoom(Zoom zoom) { m_zoom = zoom; }
+    // The window that boxes and dialogs belong to.
+    void setWindow(QWidget* window) { m_window = window; }
+
+    int MsgBox(const std::string& prompt, int buttons, const std::string& title) override;
+    void ShowModal(toolkit::Form& form) override;
+    void PopupMenu(toolkit::Menu& menu) override;
+    void DoEvents() override;
+
+protected:
+    void screenMousePointerChanged(int pointer) override;
+
+private:
+    Zoom m_zoom;
+    QWidget* m_window = nullptr;
+    bool m_waitCursor = false;
+};
+
+}  // namespace qtui

@@ -1,0 +1,95 @@
+// The real screen under Qt's offscreen platform, driven with real Qt events: what the user does through
+// the widgets must reach the forms model exactly as the same action through the scenario runner does.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include "app/demo_data.h"
+#include "qtui/main_window.h"
+#include "shell/ctr_zandorel.h"
+#include "support/memory_database.h"
+#include "toolkit/input.h"
+
+namespace {
+
+class QtScreen : public ::testing::Test {
+protected:
+    void SetUp() override {
+        // 23/11/2026, a Monday: the demo service's two-intervenant tournée runs on it.
+        service.clock.setToday(*base::Date::fromDmy(23, 11, 2026));
+        app::writeDemoService(*service.db, app::DemoOptions{service.clock.today(), 40, 60, 1});
+        ctl = std::make_unique<control::Ctr_Zandorel>(host, service.clock);
+        ctl->setTheClient(nullptr);
+        ctl->setTheDatabase(service.db);
+        ctl->setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(2));
+        window = std::make_unique<qtui::MainWindow>(*ctl, host, qtui::Zoom(1.0));
+        window->show();
+        window->start();
+    }
+
+    template <typename W>
+    W* widget(const toolkit::Control& c) {
+        return dynamic_cast<W*>(window->view().widgetFor(&c));
+    }
+
+    testing_support::MemoryDatabase service;
+    qtui::QtHost host{qtui::Zoom(1.0)};
+    std::unique_ptr<control::Ctr_Zandorel> ctl;
+    std::unique_ptr<qtui::MainWindow> window;
+};
+
+TEST_F(QtScreen, MirrorsTheStartOfTheDay) {
+    auto* date = widget<QLineEdit>(ctl->Txt_Date);
+    ASSERT_NE(date, nullptr);
+    EXPECT_EQ(date->text(), "23/11/2026");
+    EXPECT_FALSE(widget<QComboBox>(ctl->Cbo_Date)->isVisible());
+    EXPECT_EQ(widget<QPushButton>(ctl->Cmd_Affichage)->geometry(), QRect(688, 8, 57, 25));
+    EXPECT_EQ(QApplication::focusWidget(), widget<QLineEdit>(ctl->Txt_CodeTournee));
+}
+
+TEST_F(QtScreen, TypedKeysGoThroughTheModelAndASwallowedKeyNeverReachesTheBox) {
+    auto* code = widget<QLineEdit>(ctl->Txt_CodeTournee);
+    QTest::keyClicks(code, "0a7");
+    EXPECT_EQ(ctl->Txt_CodeTournee.text(), "07");
+    EXPECT_EQ(code->text(), "07");
+    // Leaving the box pads the code, which opens the tournée and its list of dates.
+    QTest::keyClick(code, Qt::Key_Tab);
+    EXPECT_EQ(ctl->Txt_CodeTournee.text(), "007");
+    EXPECT_EQ(code->text(), "007");
+    EXPECT_TRUE(widget<QComboBox>(ctl->Cbo_Date)->isVisible());
+    EXPECT_FALSE(widget<QLineEdit>(ctl->Txt_Date)->isVisible());
+}
+
+TEST_F(QtScreen, ChoosingADateAndShowingTheDayMakesTheLabels) {
+    QTest::keyClicks(widget<QLineEdit>(ctl->Txt_CodeTournee), "001");
+    auto* dates = widget<QComboBox>(ctl->Cbo_Date);
+    int index = dates->findText("30/11/2026");
+    ASSERT_GE(index, 0);
+    emit dates->activated(index);
+    EXPECT_EQ(ctl->Cbo_Date.text(), "30/11/2026");
+    auto* show = widget<QPushButton>(ctl->Cmd_Affichage);
+    ASSERT_TRUE(show->isEnabled());
+    QTest::mouseClick(show, Qt::LeftButton);
+    ASSERT_GT(ctl->Etq_Aide.Count(), 1);
+    for (toolkit::Control* label : ctl->Etq_Aide.elements()) {
+        if (label->index() == 0) continue;
+        auto* shown = widget<QLabel>(*label);
+        ASSERT_NE(shown, nullptr);
+        EXPECT_EQ(shown->text(), QString::fromStdString(label->caption()).replace("\r\n", "\n"));
+        EXPECT_EQ(shown->geometry(), qtui::Zoom(1.0).rect(*label));
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
