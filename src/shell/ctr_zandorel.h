@@ -226,6 +226,40 @@ private:
     bool secteurDeLaTournee(const std::string& cleElemGest);
 
 public:
+    // ---- Editing of a tournée (editing/).
+    // Drag tracking (editing/drag.cpp).
+    void Etq_Aide_MouseMove(int Index, int Button, int Shift, float X, float Y);
+    void Etq_Aide_MouseDown(int Index, int Button, int Shift, float X, float Y);
+    void Etq_Aide_DragOver(int Index, toolkit::Control& Source, float X, float Y, int State);
+    void Etq_Aide_DragDrop(int Index, toolkit::Control& Source, float X, float Y);
+    void UserControl_DragOver(toolkit::Control& Source, float X, float Y, int State);
+    void UserControl_DragDrop(toolkit::Control& Source, float X, float Y);
+    void UserControl_MouseDown(int Button, int Shift, float X, float Y);
+    void Cmd_Enchainement_DragOver(toolkit::Control& Source, float X, float Y, int State);
+    // Shows the time under a dragged label; runs at every mouse move and allocates nothing.
+    void SuivreHoraireEtiquette(float X, float Y);
+    int DecalageSourisX = 0;
+    int DecalageSourisY = 0;
+
+    // Drop rules (editing/drop.cpp).
+    void DeposerEtiquette(float X, float Y);
+    void RechercheTourneesIntervenant(const std::string& cle, bool& trouve);
+    bool DecalageImpossible = false;
+    mvdb::DynamicRecord ReponseAutresTournees;
+
+    // Shifting engine (editing/shifting.cpp) and chaining (editing/chaining.cpp).
+    void TrierTabTempoDetail(int index, int position, bool Decale);
+    void VerifEtqDecale(int index, int hauteur, int position);
+    void DecalerEtiquettes(int index, int hauteur);
+    void Cmd_Enchainement_Click();
+
+    // Removal of an assignment (editing/removal.cpp) and the assignment dialog
+    // (editing/frm_affectation_tournee.cpp).
+    void EnleveAffectationTournee(bool SansRetour);
+    void Mnu_AffectationTournee_Click();
+    int NbTourneesAffectation = 0;
+    int IndiceEtqAffectee = 0;
+
     // ---- Saving (saving/).
     // Validates the tournée on show; `commitReussi()` tells whether the last one went through.
     void Cmd_Ok_Click();

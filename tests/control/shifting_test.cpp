@@ -1,0 +1,1 @@
+// Filled with its subsystem.
