@@ -1,1 +1,136 @@
-// Filled with its subsystem.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "base/text.h"
+#include "model/labels.h"
+#include "support/small_service.h"
+
+namespace {
+
+// Monday 23/11 of tournée "001" (one intervenant, 6h00 to 14h00: 700 twips an hour, a label of 30
+// minutes is 350 high). Planned in "001": DUPONT at 8h00 (Top 2160) and BERNARD at 13h00 (Top 5660).
+// Waiting: MARTIN from 9h00, and ROBERT for two, whose first intervenant is in "002" from 8h00 to 8h30.
+struct Jour : testing_support::SmallService {
+    Jour() {
+        f.service.put("SSIADCARACTTOURNEE", "002",
+                      {"LUNDI SOIR", "0", "6", "00", "14", "00", "M", "N1", "", "1"});
+        for (const char* code : {"00012", "00013", "00014", "00016"})
+            aide(code, std::string("NOM") + code);
+        protocole("00012", "0800", "0900", "30", "0800");
+        protocole("00013", "0900", "1000", "30");
+        protocole("00014", "1300", "1400", "30", "1300");
+        const std::string cle =
+            "00016210000000011"
+            "0800";
+        f.service.put("SSIADPROTOCOLE", cle, {"", "1400", "S01", "30", "2", "21000", ""});
+        f.service.put("SSIADTOURNEE", std::string("002") + "00016" + kLundi + "0800", {"0850", cle});
+        start();
+        show();
+    }
+    // The label of the aidé in that pane.
+    int etiquette(const std::string& code, std::string_view pane) {
+        for (toolkit::Control* e : c.Etq_Aide.elements())
+            if (e->index() > 0 && e->tag().rfind(code, 0) == 0 && model::paneAt(e->left(), e->top()) == pane)
+                return e->index();
+        return 0;
+    }
+    // Takes the label by a press 20 twips inside it and drops it with its top left corner at (L, T).
+    void glisser(int index, double L, double T) {
+        c.Etq_Aide_MouseMove(index, 0, 0, 20, 20);
+        c.Etq_Aide_MouseDown(index, 1, 0, 20, 20);
+        c.SuivreHoraireEtiquette(static_cast<float>(L + 20), static_cast<float>(T + 20));
+        c.DeposerEtiquette(static_cast<float>(L + 20), static_cast<float>(T + 20));
+    }
+    std::string boites() {
+        std::string out;
+        for (const auto& b : f.host.takeShown())
+            out += b.text + " [" + b.title + " " + std::to_string(b.style) + "]";
+        return out;
+    }
+    std::string place(int index) {
+        const toolkit::Label& e = c.Etq_Aide(index);
+        return base::numberText(e.left()) + " " + base::numberText(e.top()) + " " + e.linkItem();
+    }
+};
+
+TEST(DeposerEtiquette, RefusesInItsOrderAndChangesNothing) {
+    const std::string titre = " [Message KORVELINE 48]";
+    struct Cas {
+        const char* nom;
+        std::function<void(Jour&)> avant;
+        const char* code;
+        std::string_view pane;
+        double L, T;
+        std::string message;
+    } const cas[] = {
+        {"within 200 twips of the grab offset", nullptr, "00013", model::kPaneAide, 100, 100, ""},
+        {"outside both zones", nullptr, "00012", model::kPaneDetail, 5294, 2000, ""},
+        {"one twip lower than the bottom", nullptr, "00013", model::kPaneAide, 1000, 6006, ""},
+        {"a past day", [](Jour& j) { j.c.TourneeAnterieure = true; }, "00013", model::kPaneAide, 1000, 3000,
+         "Déplacement impossible : date de la tournée antérieure à la date du jour." + titre},
+        {"back to the waiting list during an assignment",
+         [](Jour& j) { j.c.Mod.FlagAffectationEnCours = true; }, "00012", model::kPaneDetail, 6000, 2000,
+         "Déplacement impossible." + titre},
+        {"no tournée", [](Jour& j) { j.c.SansTournee = true; }, "00013", model::kPaneAide, 1000, 3000,
+         "Déplacement impossible : aucune tournée selectionnée." + titre},
+        {"a push off the bottom during an assignment", [](Jour& j) { j.c.Mod.FlagAffectationEnCours = true; },
+         "00013", model::kPaneAide, 1000, 5700,
+         "Déplacement impossible, vous ne pouvez pas décaler les aidés." + titre},
+        {"the other intervenant comes at another time", nullptr, "00016", model::kPaneAide, 1000, 3560,
+         "Déplacement impossible : un intervenant est déjà prévu dans la tournée 002 (LUNDI SOIR) de 08h00 à "
+         "08h30" +
+             titre},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        Jour j;
+        if (k.avant) k.avant(j);
+        const int index = j.etiquette(k.code, k.pane);
+        const std::string aide = j.c.TabTempoAide->text(), detail = j.c.TabTempoDetail->text(),
+                          ou = j.place(index);
+        j.glisser(index, k.L, k.T);
+        EXPECT_EQ(j.boites(), k.message);
+        EXPECT_EQ(j.place(index), ou);
+        EXPECT_TRUE(j.c.TabTempoAide->text() == aide && j.c.TabTempoDetail->text() == detail);
+    }
+}
+
+TEST(DeposerEtiquette, PlacesTheLabelAtTheTimeUnderItsTopAndPushesWhatItMeets) {
+    struct Cas {
+        const char* nom;
+        const char* code;
+        double T;
+        const char* place;   // Left, Top and LinkItem of the dropped label
+        const char* autre;   // the label of the tournée it may meet
+        const char* pousse;  // where that one stands after the drop
+    } const cas[] = {
+        // clang-format off
+        {"at 9h00, nothing met",          "00013", 2860, "760 2860 900",  "00012", "760 2160 0800"},
+        {"onto DUPONT, who goes down",     "00013", 2000, "760 2000 775",  "00012", "760 2350 825,"},
+        {"its bottom on the pane's edge",  "00013", 6005, "760 6005 1350", "00014", "10190 1925 1300"},
+        {"the second intervenant at 8h15", "00016", 2335, "760 2335 825",  "00012", "760 2685 875,"},
+        // clang-format on
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        Jour j;
+        const int index = j.etiquette(k.code, model::kPaneAide),
+                  autre = j.etiquette(k.autre, model::kPaneDetail);
+        j.glisser(index, 1000, k.T);
+        EXPECT_EQ(j.boites(), "");
+        EXPECT_EQ(j.place(index), k.place);
+        EXPECT_EQ(j.place(autre), k.pousse);
+        EXPECT_FALSE(j.c.Etq_Horaire.visible());
+    }
+    Jour j;
+    const int martin = j.etiquette("00013", model::kPaneAide);
+    j.glisser(martin, 1000, 2860);
+    EXPECT_EQ(j.c.Etq_Aide(martin).caption(), "NOM00013 Marie 30mn");
+    EXPECT_EQ(j.c.Etq_Aide(martin).toolTipText(), "00013 - NOM00013 Marie - 09h00 à 09h30 = 30mn");
+    EXPECT_EQ(j.c.TabTempoDetail(2, model::col::NumEtq), std::to_string(martin));
+    EXPECT_EQ(j.c.TabTempoAide->DCount(), 1);
+}
+
+}  // namespace
