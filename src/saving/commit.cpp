@@ -1,11 +1,170 @@
 #include "shell/ctr_zandorel.h"
 
-namespace control {
+// The commit of a tournée: the one operation that turns what the user arranged into records of
+// SSIADTOURNEE. It reads pane "DETAIL" alone: TabTempoDetail and, per row, the label's LinkItem.
+#include <cstdint>
+#include <string>
 
-// The commit of a tournée lands with the saving of tournées; until then nothing is written and a
-// question on saving that is answered Yes keeps the screen as it is.
+#include "base/error.h"
+#include "base/text.h"
+#include "data/layouts.h"
+#include "model/clock.h"
+#include "model/labels.h"
+#include "mvdb/database.h"
+#include "toolkit/host.h"
+
+namespace control {
+namespace {
+
+constexpr const char* kTitreMessage = "Message KORVELINE";
+
+// A time in hundredths as the anomaly list keeps it: HHMM as a number, rounded to five minutes.
+std::string heureAnomalie(double centiemes) {
+    return base::numberText(
+        static_cast<double>(base::roundHalfEven(model::CentiemesVersHeure(centiemes / 100) * 100)));
+}
+
+const toolkit::Label& etiquetteDeLigne(Ctr_Zandorel& c, std::int64_t ligne) {
+    return c.Etq_Aide(
+        static_cast<int>(base::roundHalfEven(base::toNumber(c.TabTempoDetail(ligne, model::col::NumEtq)))));
+}
+
+// Step 2: is a label of pane "DETAIL" on the screen? The walk goes through the rows of the table.
+bool presenceEtqDetail(Ctr_Zandorel& c) {
+    if (!c.TabTempoDetail.exists()) return false;
+    for (std::int64_t i = 1; i <= c.TabTempoDetail->DCount(); ++i) {
+        if (etiquetteDeLigne(c, i).left() == model::kLeftDetail) return true;
+    }
+    return false;
+}
+
+// The end written in an ordinary save: in whole numbers, the rounded minutes turned to hundredths plus
+// the start, cut to four characters and padded.
+std::string finOrdinaire(const std::string& debut, double dureeMn) {
+    std::int64_t fin = base::roundHalfEven(dureeMn * 10 / 6) + base::roundHalfEven(base::toNumber(debut));
+    return base::padZeros(base::Left(base::numberText(static_cast<double>(fin)), 4), 4);
+}
+
+// The end written in the save of an assignment: the minutes read as H.MM and turned to hundredths,
+// floating and not cut. The two saves reach the end by different arithmetic on purpose.
+std::string finAffectation(const std::string& debut, double dureeMn) {
+    double fin = model::HeureVersCentiemes(dureeMn / 100) * 100 + base::toNumber(debut);
+    return base::padZeros(base::numberText(fin), 4);
+}
+
+}  // namespace
+
+bool Ctr_Zandorel::TesterAnomalie(std::int64_t ligne, const toolkit::Control& etiquette) {
+    const double debutPrevu = base::toNumber(etiquette.linkItem());
+    const auto s = static_cast<double>(base::roundHalfEven(debutPrevu));
+    // The end is the sum's text cut to four characters, so its fraction is dropped before the
+    // comparison (883.9 compares as 883): deliberate, and what makes a window's own end no anomaly.
+    const std::string fin =
+        model::finDetail(debutPrevu, base::toNumber(TabTempoDetail(ligne, model::col::DureeMn)));
+    const auto e = static_cast<double>(base::roundHalfEven(base::toNumber(fin)));
+    const double debutPermis = base::toNumber(TabTempoDetail(ligne, model::col::HeureDebut));
+    const double finPermise = base::toNumber(TabTempoDetail(ligne, model::col::HeureFin));
+    if (s >= debutPermis && e <= finPermise) return false;
+
+    data::FichiersSSIAD& f = Mod.fichiers;
+    const int n = ++NbLignesAnomalies;
+    const std::string code = model::codeAideOf(TabTempoDetail(ligne, model::col::CleProtocole));
+    TabAnomalies->set(n, 1, code);
+    // Without a civil record the name stays unset.
+    if (data::LireEnregistrement(*f.CIVILAIDE, f.EnregCIVILAIDE, code)) {
+        TabAnomalies->set(
+            n, 2, f.EnregCIVILAIDE(data::civilaide::kNom) + " " + f.EnregCIVILAIDE(data::civilaide::kPrenom));
+    }
+    TabAnomalies->set(n, 3, heureAnomalie(s));
+    TabAnomalies->set(n, 4, heureAnomalie(e));
+    TabAnomalies->set(n, 5, heureAnomalie(debutPermis));
+    TabAnomalies->set(n, 6, heureAnomalie(finPermise));
+    return true;
+}
+
 void Ctr_Zandorel::Cmd_Ok_Click() {
-    m_commitReussi = false;
+    // 1. A past tournée can't be saved: the button only clears the screen.
+    if (TourneeAnterieure) return ReinitialiserEcran();
+    // 2, 3, 4. Nothing to save without a label in pane "DETAIL" and nothing stored.
+    const bool presence = presenceEtqDetail(*this);
+    if (!TabTempoDetail.exists() || !TabTourneeEnregistree.exists()) return ReinitialiserEcran();
+    if (!presence && TabTourneeEnregistree->DCount() <= 0) return ReinitialiserEcran();
+
+    if (Mod.FlagAffectationEnCours) {
+        // 5. An assignment never shows the anomaly list.
+        ValidationAnomalies = true;
+    } else {
+        // 6. The anomaly scan.
+        TabAnomalies.renew();
+        NbLignesAnomalies = 0;
+        for (std::int64_t i = 1; i <= TabTempoDetail->DCount(); ++i)
+            TesterAnomalie(i, etiquetteDeLigne(*this, i));
+        // 7, 8. The list asks; its buttons answer in ValidationAnomalies.
+        if (!TabAnomalies->text().empty()) {
+            AfficherAnomalies(false);
+        } else {
+            ValidationAnomalies = true;
+        }
+    }
+    // 9. Refused at the list: nothing written, the tournée stays on screen to be corrected.
+    if (!ValidationAnomalies) return;
+
+    // 10, 11. The stored tournée is replaced: the records loaded are deleted, one record per label is
+    // written. Both passes are one transaction, so a failure between them leaves the stored tournée as it
+    // was; deletes come first because a rewritten record can have the very key of an old one.
+    const bool affectation = Mod.FlagAffectationEnCours;
+    data::FichiersSSIAD& f = Mod.fichiers;
+    // The day of the tournée on show. The date box may already hold the next day chosen, when the question
+    // on saving comes from leaving that box: the records go to the day that was shown.
+    const std::string jour = ObjetConversion.DateInterne(std::string_view(DateAffichee));
+    try {
+        mvdb::Transaction transaction(database());
+        if (!TabTourneeEnregistree->text().empty()) {
+            for (std::int64_t i = 1; i <= TabTourneeEnregistree->DCount(); ++i) {
+                f.SSIADTOURNEE->Delete(TabTourneeEnregistree(i, 1));
+            }
+        }
+        for (std::int64_t i = 1; i <= TabTempoDetail->DCount(); ++i) {
+            const std::string debut = base::padZeros(etiquetteDeLigne(*this, i).linkItem(), 4);
+            const std::string cleProtocole = TabTempoDetail(i, model::col::CleProtocole);
+            const double dureeMn = base::toNumber(TabTempoDetail(i, model::col::DureeMn));
+            const std::string cle =
+                data::tournee::cle(Txt_CodeTournee.text(), base::Left(cleProtocole, 5), jour, debut);
+            f.EnregSSIADTOURNEE = f.SSIADTOURNEE->New(cle);
+            f.EnregSSIADTOURNEE.set(data::tournee::kHeureFin, affectation ? finAffectation(debut, dureeMn)
+                                                                          : finOrdinaire(debut, dureeMn));
+            f.EnregSSIADTOURNEE.set(data::tournee::kCleProtocole, cleProtocole);
+            f.EnregSSIADTOURNEE.DBWrite();
+        }
+        transaction.commit();
+    } catch (const base::Error& e) {
+        // The stored tournée is as it was, and the screen still holds the user's work.
+        ValidationAnomalies = false;
+        host().MsgBox("La tournée n'a pas pu être enregistrée : " + std::string(e.what()) +
+                          "\r\nLa tournée enregistrée n'a pas été modifiée.",
+                      toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
+        return;
+    }
+    TabTourneeEnregistree.release();
+
+    if (affectation) {
+        // 11. The assignment ends; the labels are not unloaded here.
+        EnleveAffectationTournee(true);
+        Txt_CodeTournee.setFocus();
+        return;
+    }
+    // 10.3, 10.4. Emptying the code runs its change handler, which takes the screen from there.
+    if (Etq_Aide.Count() > 1) Etq_Aide.unloadAll();
+    Txt_CodeTournee.setText("");
+    Txt_CodeTournee.setFocus();
+}
+
+void Ctr_Zandorel::ReinitialiserEcran() {
+    if (Etq_Aide.Count() > 1) DechargerEtiquettes();
+    TabTempoAide.release();
+    TabTempoDetail.release();
+    Txt_CodeTournee.setText("");
+    Txt_CodeTournee.setFocus();
 }
 
 }  // namespace control

@@ -11,14 +11,21 @@
 #include "mvdb/dynamic_record.h"
 #include "mvdb/sqlite_store.h"
 #include "mvdb/store.h"
+#include "support/faulty_store.h"
 
 namespace testing_support {
 
 // A private in-memory database with a fixed day, for tests that build their own small service.
 struct MemoryDatabase {
     base::FixedClock clock{*base::Date::fromDmy(22, 11, 2026), 8 * 3600};
-    std::shared_ptr<mvdb::Database> db = std::make_shared<mvdb::Database>(
-        mvdb::SqliteStore::open(":memory:", mvdb::OpenMode::CreateIfMissing), clock);
+    // The store can be told to fail a change, for tests of what a failure halfway leaves behind.
+    FaultyStore* faults = nullptr;
+    std::shared_ptr<mvdb::Database> db = [this] {
+        auto store = std::make_unique<FaultyStore>(
+            mvdb::SqliteStore::open(":memory:", mvdb::OpenMode::CreateIfMissing));
+        faults = store.get();
+        return std::make_shared<mvdb::Database>(std::move(store), clock);
+    }();
 
     // Writes a record given as its attributes; an attribute's values are separated by "|" here.
     void put(const std::string& file, const std::string& key, std::initializer_list<std::string> attributes) {
