@@ -4,12 +4,21 @@
 #include <QCloseEvent>
 #include <QCursor>
 #include <QDialog>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QFormLayout>
+#include <QLabel>
+#include <QListWidget>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPrinterInfo>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "qtui/form_view.h"
+#include "qtui/printers.h"
 #include "toolkit/controls.h"
 #include "toolkit/form.h"
 
@@ -45,6 +54,41 @@ protected:
 private:
     toolkit::Form& m_form;
     FormView* m_view;
+};
+
+// The printer choice: the printers by name, the system's default first chosen, and the copies.
+class ChoixImprimante : public QDialog {
+public:
+    ChoixImprimante(const std::vector<std::string>& devices, const std::string& paper, int copies,
+                    QWidget* parent)
+        : QDialog(parent), m_liste(new QListWidget(this)), m_copies(new QSpinBox(this)) {
+        setWindowTitle("Imprimer");
+        const std::string parDefaut = QPrinterInfo::defaultPrinterName().toStdString();
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            m_liste->addItem(QString::fromStdString(devices[i]));
+            if (devices[i] == parDefaut) m_liste->setCurrentRow(static_cast<int>(i));
+        }
+        if (m_liste->currentRow() < 0 && !devices.empty()) m_liste->setCurrentRow(0);
+        m_copies->setRange(1, 99);
+        m_copies->setValue(std::clamp(copies, 1, 99));
+        auto* boutons = new QDialogButtonBox(this);
+        boutons->addButton("OK", QDialogButtonBox::AcceptRole);
+        boutons->addButton("Annuler", QDialogButtonBox::RejectRole);
+        QObject::connect(boutons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+        QObject::connect(boutons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+        QObject::connect(m_liste, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
+        auto* grille = new QFormLayout(this);
+        grille->addRow("Imprimante :", m_liste);
+        if (!paper.empty()) grille->addRow("Papier :", new QLabel(QString::fromStdString(paper), this));
+        grille->addRow("Copies :", m_copies);
+        grille->addRow(boutons);
+    }
+    int index() const { return m_liste->currentRow(); }
+    int copies() const { return m_copies->value(); }
+
+private:
+    QListWidget* m_liste;
+    QSpinBox* m_copies;
 };
 
 }  // namespace
@@ -126,6 +170,26 @@ void QtHost::screenMousePointerChanged(int pointer) {
     } else {
         QApplication::restoreOverrideCursor();
     }
+}
+
+int QtHost::ChoosePrinter(const std::vector<std::string>& devices, const std::string& paper, int& copies) {
+    ChoixImprimante dialog(devices, paper, copies, m_window);
+    QApplication::setOverrideCursor(Qt::ArrowCursor);
+    const bool choisi = dialog.exec() == QDialog::Accepted && dialog.index() >= 0;
+    const bool pdf = choisi && m_pdf && devices[static_cast<std::size_t>(dialog.index())] == kFichierPdf;
+    QString fichier;
+    if (pdf) {
+        fichier = QFileDialog::getSaveFileName(m_window, "Enregistrer le PDF",
+                                               QString::fromStdString(m_pdf->path()), "PDF (*.pdf)");
+    }
+    QApplication::restoreOverrideCursor();
+    if (!choisi || (pdf && fichier.isEmpty())) return -1;
+    if (pdf) {
+        if (!fichier.endsWith(".pdf", Qt::CaseInsensitive)) fichier += ".pdf";
+        m_pdf->setPath(fichier.toStdString());
+    }
+    copies = dialog.copies();
+    return dialog.index();
 }
 
 }  // namespace qtui

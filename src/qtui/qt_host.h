@@ -7,6 +7,8 @@
 
 namespace qtui {
 
+class PdfPrinter;
+
 // The host on a real screen: message boxes with the exclamation icon and French buttons, modal forms
 // as dialogs, pop-up menus at the pointer, the hourglass as Qt's wait cursor.
 class QtHost : public toolkit::Host {
@@ -20,6 +22,11 @@ public:
     void ShowModal(toolkit::Form& form) override;
     void PopupMenu(toolkit::Menu& menu) override;
     void DoEvents() override;
+    // A dialog with the printers, copies from 1 to 99, and OK or Annuler. Choosing kFichierPdf asks
+    // where the file goes, for the PDF printer given here; giving that up gives the choice up.
+    int ChoosePrinter(const std::vector<std::string>& devices, const std::string& paper,
+                      int& copies) override;
+    void setPdfPrinter(PdfPrinter* pdf) { m_pdf = pdf; }
 
 protected:
     void screenMousePointerChanged(int pointer) override;
@@ -28,6 +35,7 @@ private:
     Zoom m_zoom;
     QWidget* m_window = nullptr;
     bool m_waitCursor = false;
+    PdfPrinter* m_pdf = nullptr;
 };
 
 }  // namespace qtui

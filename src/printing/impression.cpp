@@ -1,0 +1,158 @@
+#include <optional>
+
+#include "base/clock.h"
+#include "base/date.h"
+#include "base/error.h"
+#include "base/text.h"
+#include "data/layouts.h"
+#include "shell/ctr_zandorel.h"
+#include "toolkit/host.h"
+
+namespace control {
+namespace {
+
+constexpr const char* kPolice = "Courier New";
+
+// Space of the system: a negative count is an error of the routine, never a shorter text. The centred
+// title relies on it failing for a tournée label that is too long.
+std::string Space(std::int64_t nombre) {
+    if (nombre < 0) {
+        throw base::Error(base::codes::kBadData,
+                          "Appel de procédure ou argument incorrect : Space(" + std::to_string(nombre) + ")");
+    }
+    return std::string(static_cast<std::size_t>(nombre), ' ');
+}
+
+// The blanks that centre a text on a line of a hundred characters, rounded halves to even.
+std::string centrage(const std::string& texte) {
+    return Space(base::roundHalfEven(50 - static_cast<double>(base::Len(texte)) / 2));
+}
+
+bool contient(const std::string& nom, const char* marque) {
+    return base::UCase(nom).find(marque) != std::string::npos;
+}
+
+}  // namespace
+
+toolkit::Printer& Ctr_Zandorel::imprimante() const {
+    if (!m_printer) {
+        throw base::Error(base::codes::kNotBound, "Aucune imprimante n'a été choisie pour l'impression");
+    }
+    return *m_printer;
+}
+
+std::string Ctr_Zandorel::dateImprimee() const {
+    return Txt_Date.visible() ? Txt_Date.text() : Cbo_Date.text();
+}
+
+void Ctr_Zandorel::Cmd_Imprimer_Click() {
+    // 1, 2.
+    const std::string choix = ObjetConversion.ChoisirImprimante("A4");
+    host().DoEvents();
+    if (base::toNumber(choix) == -1) return;
+
+    // 3, 4.
+    toolkit::Printer& imprimante = setCurrentPrinter(static_cast<int>(base::toNumber(choix)));
+    ReglerCopiesImprimante();
+    MaxLignesPage = 40;
+    LignesUtilisees = 0;
+    UniteCm = 567;
+    ImpressionPaysage();
+
+    // 5, 6. A failure of a report still gives the screen back and ends what was printed, so that the
+    // next print starts a document of its own.
+    debutCommandeLongue();
+    try {
+        if (!Txt_CodeTournee.text().empty()) {
+            ImpressionUneTournee();
+        } else {
+            ImpressionToutesTournees();
+        }
+    } catch (...) {
+        finCommandeLongue();
+        imprimante.endDoc();
+        throw;
+    }
+
+    // 7.
+    finCommandeLongue();
+    imprimante.endDoc();
+}
+
+void Ctr_Zandorel::ImpressionPaysage() {
+    // A printer with A4 in its name is one set up for this report: it keeps its orientation.
+    toolkit::Printer& p = imprimante();
+    if (contient(p.deviceName(), "A4")) return;
+    try {
+        p.setOrientation(toolkit::kLandscape);
+    } catch (const base::Error&) {
+        // Some drivers refuse the setting; the report prints all the same.
+    }
+}
+
+void Ctr_Zandorel::ReglerCopiesImprimante() {
+    // A matrix printer keeps its own count.
+    toolkit::Printer& p = imprimante();
+    if (contient(p.deviceName(), "MATRIC")) return;
+    try {
+        p.setCopies(ObjetConversion.NombreCopies());
+    } catch (const base::Error&) {
+        // As for the orientation: a refusal of the driver is not the user's concern.
+    }
+}
+
+void Ctr_Zandorel::EntetePage(const std::string& W_CodeTournee) {
+    toolkit::Printer& p = imprimante();
+    // 1, 2.
+    p.setFontName(kPolice);
+    p.setFontSize(10);
+    p.print("");
+    p.print(" Date : " + clock().today().text() + Space(106) + "Page : " + std::to_string(p.page()));
+    p.print("");
+
+    // 3, 4.
+    p.setFontBold(true);
+    p.setFontSize(14);
+    const std::optional<base::Date> jour = base::Date::parse(dateImprimee());
+    const std::string L = "du " + (jour ? jour->longText() : std::string());
+
+    // 5. Deliberate: without its record the head stops here, bold at 14, and what follows prints so.
+    mvdb::DynamicRecord& tournee = Mod.fichiers.EnregSSIADCARACTTOURNEE;
+    if (!data::LireEnregistrement(*Mod.fichiers.SSIADCARACTTOURNEE, tournee, W_CodeTournee)) return;
+
+    // 6, 7.
+    const std::string T = "TOURNEE : " + W_CodeTournee + " " + tournee(data::caracttournee::kLibelle);
+    p.print(centrage(T) + T);
+    p.print(centrage(L) + L);
+
+    // 8. The size 12 is replaced at once; the order of the three settings is kept as it stands.
+    p.setFontSize(12);
+    p.setFontBold(false);
+    p.setFontSize(10);
+    p.print("");
+}
+
+void Ctr_Zandorel::EnteteTableau() {
+    toolkit::Printer& p = imprimante();
+    const double u = UniteCm;
+    p.print("");
+    p.setFontSize(10);
+    p.print("   Horaires     Aidé" + Space(55) + "Soins");
+    // Left open: the first entry ends this line before its own.
+    p.print("   De     A", toolkit::LineEnd::Open);
+
+    p.line(0.2 * u, 2.9 * u, 28 * u, 2.9 * u, 0);
+    p.line(0.2 * u, 3.4 * u, 2.8 * u, 3.4 * u, 0);
+    p.line(0.2 * u, 3.9 * u, 28 * u, 3.9 * u, 0);
+    p.line(1.5 * u, 3.4 * u, 1.5 * u, 3.9 * u, 0);
+}
+
+void Ctr_Zandorel::Cadre() {
+    toolkit::Printer& p = imprimante();
+    const double u = UniteCm;
+    p.line(1.5 * u, 3.4 * u, 1.5 * u, BasCadre, 0);
+    for (const double x : {0.2, 2.8, 15.2, 28.0})
+        p.line(x * u, 2.9 * u, x * u, BasCadre, 0);
+}
+
+}  // namespace control
