@@ -1,0 +1,347 @@
+#include "mvdb/pg_store.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <thread>
+
+#include "base/error.h"
+#include "mvdb/open_store.h"
+#include "support/memory_database.h"
+
+// The behaviours every store owes the database, run on the embedded store and, when ZANDOREL_TEST_PG
+// names a server (scripts/with_postgres.sh starts one), on PostgreSQL.
+namespace {
+
+namespace fs = std::filesystem;
+using Keys = std::vector<std::string>;
+
+enum class Kind { Sqlite, Pg };
+void PrintTo(Kind kind, std::ostream* out) {
+    *out << (kind == Kind::Pg ? "PostgreSQL" : "SQLite");
+}
+
+std::string testServer() {
+    const char* url = std::getenv("ZANDOREL_TEST_PG");
+    return url ? url : "";
+}
+
+// A name of this test alone, fit for a schema or a file: parallel runs never share a service.
+std::string ownName() {
+    const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    std::string name = "zt_" + std::to_string(::getpid()) + "_" + info->name();
+    for (char& c : name)
+        c = std::isalnum(static_cast<unsigned char>(c)) ? static_cast<char>(std::tolower(c)) : '_';
+    return name;
+}
+
+std::string errorOf(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const base::Error& e) {
+        return e.what();
+    }
+    return "no error";
+}
+
+// Sentences the screen sends, with records that most of them find.
+const char* const kScreenSentences[] = {
+    "SELECT SSIADCARACTTOURNEE AVEC 1 = \"]\" AND AVEC 9 <> \"1\" PAR 1",
+    "SELECT SSIADCARACTTOURNEE AVEC 1 = \"INF]\" AND AVEC 9 <> \"1\" PAR 1",
+    "SELECT SSIADCARACTTOURNEE AVEC 8 = \"NORD\" AND AVEC 7 =\"I\"AND AVEC 5 > \"8,5\" AND AVEC 3 < "
+    "\"9,25\"AND "
+    "AVEC 2 =\"0\"",
+    "SELECT SSIADCARACTTOURNEE AVEC 8 = \"NORD\" AND AVEC 5 > \"8,5\" AND AVEC 3 < \"9,25\"AND AVEC 2 =\"0\"",
+    "SELECT SSIADTOURNEE AVEC DateTournee < \"21450\" PAR DateTournee",
+    "SELECT SSIADTOURNEE AVEC CodeAide = \"00012\" AND AVEC DateTournee = \"21511\"",
+    "SELECT SSIADTOURNEE AVEC CodeAide = \"00012\" AND AVEC DateTournee = \"21511\" AND AVEC HeureDebut >= "
+    "\"0600\" AND AVEC HeureDebut <= \"1400\" AND AVEC CodeTournee <> \"001\" ",
+    "SELECT SSIADTOURNEE AVEC CodeAide = \"00012\" AND AVEC DateTournee = \"21511\" AND AVEC HeureDebut >= "
+    "\"0600\" AND AVEC HeureDebut <= \"1400\" AND AVEC CodeTournee = \"001\" ",
+    "SELECT SSIADTOURNEE AVEC CodeTournee = \"001\" AND AVEC DateTournee <= \"21511\" PAR-DECR DateTournee",
+    "SELECT SSIADTOURNEE AVEC CodeTournee = \"001\" AND AVEC DateTournee = \"21504\" PAR HeureDebut",
+    "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\" AND AVEC 2=\"000120000100000000100850\" AND AVEC "
+    "CodeTournee <> \"001\" PAR CodeTournee",
+    "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\" AND AVEC 2 =\"0001221400000001]\" AND AVEC CodeTournee "
+    "<>\"002\"",
+    "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\"AND AVEC CodeTournee =\"001\"",
+    "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\" PAR CodeTournee",
+    "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\"AND AVEC CodeTournee = \"001\" PAR HeureDebut",
+    "SELECT SSIADACCORDS AVEC 1 <= \"21511\" AND AVEC 2 >= \"21511\" PAR CodeAide",
+    "SELECT SSIADACCORDS AVEC CodeAide =\"00012\" AND AVEC 1 <= \"21511\" AND AVEC 2 >= \"21511\"",
+};
+
+void putService(testing_support::MemoryDatabase& m) {
+    m.put("SSIADCARACTTOURNEE", "001",
+          {"INFIRMIER MATIN", "0", "7", "0", "12", "30", "I", "NORD|SUD", "", ""});
+    m.put("SSIADCARACTTOURNEE", "002",
+          {"AIDE SOIGNANT SOIR", "0", "17", "0", "20", "0", "S", "SUD", "", "2"});
+    m.put("SSIADCARACTTOURNEE", "003", {"ANCIENNE", "1", "8", "0", "9", "15", "M", "EST", "1", ""});
+    m.put("SSIADCARACTTOURNEE", "004", {"INFIRMIER SOIR", "0", "8", "30", "9", "0", "I", "NORD", "", ""});
+    m.put("SSIADTOURNEE", "00100012215110750", {"0800", "000122140000000110750"});
+    m.put("SSIADTOURNEE", "00100007215110850", {"0925", "000072140000000210850"});
+    m.put("SSIADTOURNEE", "00200012215111700", {"1750", "000122140000000111700"});
+    m.put("SSIADTOURNEE", "00100012215040750", {"0800", "000122140000000110750"});
+    m.put("SSIADTOURNEE", "00100012214400750", {"0800", "000122140000000110750"});
+    m.put("SSIADACCORDS", "00012", {"21400", "21600"});
+    m.put("SSIADACCORDS", "00007", {"21512", "21600"});
+}
+
+class StoreBehaviour : public ::testing::TestWithParam<Kind> {
+protected:
+    void SetUp() override {
+        m_name = ownName();
+        m_path = fs::temp_directory_path() / (m_name + ".db");
+        if (GetParam() == Kind::Pg) {
+            if (testServer().empty()) {
+                GTEST_SKIP() << "ZANDOREL_TEST_PG is not set: run the tests under scripts/with_postgres.sh "
+                                "to try the PostgreSQL store";
+            }
+            mvdb::PgStore::dropSchema(testServer(), m_name);
+        }
+        m.db = std::make_shared<mvdb::Database>(open(), m.clock);
+        m.faults = nullptr;
+    }
+    void TearDown() override {
+        m.db.reset();
+        if (GetParam() == Kind::Pg && !testServer().empty()) mvdb::PgStore::dropSchema(testServer(), m_name);
+        for (const char* suffix : {"", "-wal", "-shm"})
+            fs::remove(m_path.string() + suffix);
+    }
+    // Another connection to this test's service, as a second planner or a restart would make.
+    std::unique_ptr<mvdb::Store> open(mvdb::OpenMode mode = mvdb::OpenMode::CreateIfMissing) {
+        if (GetParam() == Kind::Pg) return mvdb::PgStore::open(testServer(), mode, m_name);
+        return mvdb::SqliteStore::open(m_path.string(), mode);
+    }
+    mvdb::Store& store() { return m.db->store(); }
+
+    std::string m_name;
+    fs::path m_path;
+    testing_support::MemoryDatabase m;
+};
+
+TEST_P(StoreBehaviour, RefusesBadKeysUnknownFilesAndMisplacedTransactions) {
+    struct Case {
+        const char* name;
+        std::function<void()> call;
+        std::string message;
+    } cases[] = {
+        {"empty key", [&] { store().write("CIVILAIDE", "", "x"); }, "Écriture dans CIVILAIDE : clé vide"},
+        {"mark in key",
+         [&] {
+             store().write("CIVILAIDE", std::string{'a', '\xFD', 'b'}, "x");
+         },
+         "Écriture dans CIVILAIDE : la clé contient un séparateur"},
+        {"unknown file", [&] { store().read("NOPE", "1"); }, "Fichier inconnu : NOPE"},
+        {"scan of an unknown file", [&] { store().scanAll("NOPE", [](auto&, auto&) { return true; }); },
+         "Fichier inconnu : NOPE"},
+        {"bad file name", [&] { store().createFile("DROP TABLE;"); },
+         "Nom de fichier incorrect : « DROP TABLE; » (lettres, chiffres et _ seulement)"},
+        {"commit without transaction", [&] { store().commit(); }, "Aucune transaction ouverte"},
+        {"second transaction", [&] { store().begin(), store().begin(); }, "Une transaction est déjà ouverte"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(errorOf(c.call), c.message);
+    }
+    store().rollback();
+}
+
+TEST_P(StoreBehaviour, KeepsRecordsExactlyAcrossReconnecting) {
+    const std::string big(100000, 'x');
+    const std::string marked = "Hélène\xFEx\xFDy\xFCz\xFE\xFEtout";
+    store().write("CIVILAIDE", "00001", marked);
+    store().write("CIVILAIDE", "00002", big);
+    store().write("CIVILAIDE", "00003", "");
+    store().write("TPSTEMPO", "WORK", "scratch");
+    store().createFile("AUTRE");
+    store().write("AUTRE", "k", "v");
+    EXPECT_EQ(store().read("TPSTEMPO", "WORK"), "scratch");
+
+    std::unique_ptr<mvdb::Store> again = open(mvdb::OpenMode::ExistingOnly);
+    EXPECT_EQ(again->read("CIVILAIDE", "00001"), marked);
+    EXPECT_EQ(again->read("CIVILAIDE", "00002"), big);
+    EXPECT_EQ(again->read("CIVILAIDE", "00003"), "");
+    EXPECT_EQ(again->read("CIVILAIDE", "00004"), std::nullopt);
+    EXPECT_EQ(again->read("TPSTEMPO", "WORK"), std::nullopt) << "work records live with the connection";
+    EXPECT_EQ(again->read("AUTRE", "k"), "v");
+    EXPECT_EQ(again->count("CIVILAIDE"), 3u);
+    Keys order;
+    again->scanAll("CIVILAIDE", [&](const std::string& key, const std::string&) {
+        order.push_back(key);
+        return key != "00002";
+    });
+    EXPECT_EQ(order, (Keys{"00001", "00002"})) << "key order, and the walk stops when asked";
+    EXPECT_EQ(again->read("CIVILAIDE", "00001"), marked) << "a walk stopped early leaves the store usable";
+}
+
+TEST_P(StoreBehaviour, IndexEntriesFollowWritesAndDeletes) {
+    struct Step {
+        const char* name;
+        const char* protocole;  // null: both records deleted
+        const char* sectors;
+        Keys byProtocole;
+        Keys bySector;
+    } steps[] = {
+        {"written", "000312140000000110900", "NORD|SUD", {"00100031215120900"}, {"001"}},
+        {"values changed", "000312140000000119999", "EST", {}, {}},
+        {"values back", "000312140000000110900", "SUD", {"00100031215120900"}, {"001"}},
+        {"deleted", nullptr, nullptr, {}, {}},
+    };
+    for (const Step& s : steps) {
+        SCOPED_TRACE(s.name);
+        if (s.protocole) {
+            m.put("SSIADTOURNEE", "00100031215120900", {"1000", s.protocole});
+            m.put("SSIADCARACTTOURNEE", "001", {"MATIN", "0", "", "", "", "", "", s.sectors});
+        } else {
+            store().remove("SSIADTOURNEE", "00100031215120900");
+            store().remove("SSIADCARACTTOURNEE", "001");
+            store().remove("SSIADCARACTTOURNEE", "absent");
+        }
+        EXPECT_EQ(m.keys("SSIADTOURNEE", "SELECT SSIADTOURNEE AVEC 2 = \"000312140000000110900\""),
+                  s.byProtocole);
+        EXPECT_EQ(m.keys("SSIADCARACTTOURNEE", "SELECT SSIADCARACTTOURNEE AVEC 8 = \"SUD\""), s.bySector);
+    }
+}
+
+TEST_P(StoreBehaviour, RollbackLeavesEveryRecordAndIndexAsItWas) {
+    m.put("SSIADTOURNEE", "00100012215110750", {"0800", "P1"});
+    {
+        mvdb::Transaction t(*m.db);
+        store().remove("SSIADTOURNEE", "00100012215110750");
+        m.put("SSIADTOURNEE", "00100012215110900", {"0950", "P2"});
+        EXPECT_EQ(errorOf([&] { store().write("SSIADTOURNEE", "", "x"); }),
+                  "Écriture dans SSIADTOURNEE : clé vide");
+        EXPECT_EQ(m.keys("SSIADTOURNEE", "SELECT SSIADTOURNEE AVEC 2 = \"P2\""), Keys{"00100012215110900"})
+            << "a failed change leaves the transaction usable";
+    }
+    EXPECT_EQ(m.keys("SSIADTOURNEE", "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\""),
+              Keys{"00100012215110750"});
+    EXPECT_EQ(m.keys("SSIADTOURNEE", "SELECT SSIADTOURNEE AVEC 2 = \"P2\""), Keys{});
+    {
+        mvdb::Transaction t(*m.db);
+        m.put("SSIADTOURNEE", "00100012215110900", {"0950", "P2"});
+        t.commit();
+    }
+    EXPECT_EQ(open()->read("SSIADTOURNEE", "00100012215110900").has_value(), true);
+}
+
+TEST_P(StoreBehaviour, AnswersTheScreensSentencesAsTheEmbeddedStore) {
+    testing_support::MemoryDatabase reference;
+    putService(reference);
+    putService(m);
+    for (const char* sentence : kScreenSentences) {
+        SCOPED_TRACE(sentence);
+        std::string file = std::string(sentence).substr(7, std::string(sentence).find(' ', 7) - 7);
+        EXPECT_EQ(m.keys(file, sentence), reference.keys(file, sentence));
+    }
+    EXPECT_EQ(m.keys("SSIADTOURNEE", kScreenSentences[8]).size(), 4u) << "the records do reach the sentences";
+}
+
+INSTANTIATE_TEST_SUITE_P(Stores, StoreBehaviour, ::testing::Values(Kind::Sqlite, Kind::Pg),
+                         [](const auto& info) { return info.param == Kind::Pg ? "Pg" : "Sqlite"; });
+
+TEST(OpenStore, TheDbTextChoosesTheStore) {
+    // What an empty text means depends on the environment: the cases run without PG* variables.
+    std::map<std::string, std::string> saved;
+    for (const char* name : {"PGHOST", "PGHOSTADDR", "PGSERVICE", "PGDATABASE"}) {
+        if (const char* value = std::getenv(name)) saved[name] = value;
+        ::unsetenv(name);
+    }
+    struct Case {
+        const char* name;
+        std::string text;
+        std::string messageStart;  // empty: opens
+    } cases[] = {
+        {"empty, no server in the environment", "",
+         "Aucune base indiquée : --db attend le chemin d'une base, :memory: ou une adresse postgresql://"},
+        {"a server that is not there", "postgresql:///nulle?host=/nonexistent&connect_timeout=2",
+         "Connexion impossible au serveur PostgreSQL nulle sur /nonexistent:5432 : "},
+        {"the short scheme", "postgres:///nulle?host=/nonexistent",
+         "Connexion impossible au serveur PostgreSQL "},
+        {"a private embedded base", ":memory:", ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string message = errorOf([&] { mvdb::openStore(c.text, mvdb::OpenMode::CreateIfMissing); });
+        EXPECT_EQ(message.substr(0, c.messageStart.empty() ? std::string::npos : c.messageStart.size()),
+                  c.messageStart.empty() ? "no error" : c.messageStart);
+    }
+    for (const auto& [name, value] : saved)
+        ::setenv(name.c_str(), value.c_str(), 1);
+}
+
+class PgStoreTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (testServer().empty())
+            GTEST_SKIP() << "ZANDOREL_TEST_PG is not set: run under scripts/with_postgres.sh";
+        mvdb::PgStore::dropSchema(testServer(), ownName());
+    }
+    void TearDown() override {
+        if (!testServer().empty()) mvdb::PgStore::dropSchema(testServer(), ownName());
+    }
+    // The test server, with a setting of the session added to the connection text.
+    static std::string withSetting(const std::string& setting) {
+        std::string url = testServer();
+        return url + (url.find('?') == std::string::npos ? "?" : "&") + "options=-c%20" + setting;
+    }
+};
+
+TEST_F(PgStoreTest, AServiceMustExistToBeOpenedAsExisting) {
+    std::string message =
+        errorOf([] { mvdb::PgStore::open(testServer(), mvdb::OpenMode::ExistingOnly, ownName()); });
+    EXPECT_EQ(message.rfind("Base de données introuvable : ", 0), 0u) << message;
+}
+
+// The server ends sessions left idle past a limit: the next statement finds the connection gone.
+TEST_F(PgStoreTest, ALostConnectionSaysSoAndLosesTheUnfinishedTransaction) {
+    mvdb::PgStore::open(testServer(), mvdb::OpenMode::CreateIfMissing, ownName());
+    auto store = mvdb::PgStore::open(withSetting("idle_in_transaction_session_timeout%3D300"),
+                                     mvdb::OpenMode::ExistingOnly, ownName());
+    store->begin();
+    store->write("CIVILAIDE", "00001", "pas validé");
+    std::this_thread::sleep_for(std::chrono::milliseconds(1200));
+    std::string message = errorOf([&] { store->commit(); });
+    EXPECT_EQ(message.rfind("La connexion au serveur PostgreSQL de la base ", 0), 0u) << message;
+    EXPECT_NE(message.find(" est perdue : "), std::string::npos) << message;
+    EXPECT_NO_THROW(store->rollback());
+    auto again = mvdb::PgStore::open(testServer(), mvdb::OpenMode::ExistingOnly, ownName());
+    EXPECT_EQ(again->read("CIVILAIDE", "00001"), std::nullopt);
+}
+
+// The steps of a plan that read a table whole: a sequential scan, or an index walked without a condition.
+Keys wholeTableReads(const std::vector<std::string>& plan) {
+    Keys reads;
+    for (std::size_t i = 0; i < plan.size(); ++i) {
+        bool index = plan[i].find("Index Scan") != std::string::npos ||
+                     plan[i].find("Index Only Scan") != std::string::npos;
+        bool searched = false;
+        for (std::size_t j = i + 1; j < plan.size() && plan[j].find("->") == std::string::npos; ++j)
+            searched = searched || plan[j].find("Index Cond") != std::string::npos;
+        if (plan[i].find("Seq Scan") != std::string::npos || (index && !searched)) reads.push_back(plan[i]);
+    }
+    return reads;
+}
+
+TEST_F(PgStoreTest, NoSentenceOfTheScreenReadsAFileWhole) {
+    testing_support::MemoryDatabase m;
+    m.db = std::make_shared<mvdb::Database>(
+        mvdb::PgStore::open(testServer(), mvdb::OpenMode::CreateIfMissing, ownName()), m.clock);
+    m.faults = nullptr;
+    for (const char* sentence : kScreenSentences) {
+        SCOPED_TRACE(sentence);
+        std::vector<std::string> plan = m.db->explainQuery(sentence);
+        ASSERT_FALSE(plan.empty());
+        EXPECT_EQ(wholeTableReads(plan), Keys{});
+    }
+    EXPECT_EQ(wholeTableReads(m.db->explainQuery("SELECT CIVILAIDE AVEC 2 = \"DUPONT\"")).size(), 1u)
+        << "a field without an index has nothing to search by";
+}
+
+}  // namespace
