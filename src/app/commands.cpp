@@ -8,13 +8,14 @@
 #include "base/error.h"
 #include "mvdb/database.h"
 #include "mvdb/dynamic_record.h"
+#include "mvdb/open_store.h"
 #include "mvdb/store.h"
 
 namespace app {
 
 std::shared_ptr<mvdb::Database> openDatabase(const std::string& path, mvdb::OpenMode mode,
                                              const base::Clock& clock) {
-    return std::make_shared<mvdb::Database>(mvdb::SqliteStore::open(path, mode), clock);
+    return std::make_shared<mvdb::Database>(mvdb::openStore(path, mode), clock);
 }
 
 base::Date parseTodayOption(const std::string& text) {

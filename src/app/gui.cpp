@@ -1,9 +1,12 @@
 #include "app/gui.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFont>
+#include <QFontDatabase>
 #include <QMessageBox>
 #include <QScreen>
+#include <QStandardPaths>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -13,6 +16,7 @@
 #include "base/clock.h"
 #include "base/error.h"
 #include "qtui/main_window.h"
+#include "qtui/printers.h"
 #include "shell/ctr_zandorel.h"
 
 namespace app {
@@ -55,6 +59,10 @@ std::string defaultDatabasePath() {
 int runGui(const GuiOptions& o, int argc, char** argv) {
     QApplication application(argc, argv);
     QApplication::setApplicationName("Zandorel");
+    // Fonts shipped beside the program, for machines that lack them.
+    QDir fonts(QCoreApplication::applicationDirPath() + "/../share/zandorel/fonts");
+    for (const QString& file : fonts.entryList({"*.ttf"}, QDir::Files))
+        QFontDatabase::addApplicationFont(fonts.filePath(file));
     // The screen was laid out for the fonts of its time; their metric twins keep captions within their boxes.
     QFont::insertSubstitution("MS Sans Serif", "Liberation Sans");
     QFont::insertSubstitution("Courier New", "Liberation Mono");
@@ -74,6 +82,12 @@ int runGui(const GuiOptions& o, int argc, char** argv) {
     ctl.setTheClient(nullptr);
     ctl.setTheDatabase(db);
     ctl.setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(o.rights));
+    // The printers of the machine, and a PDF file in the user's documents.
+    auto printers = qtui::systemPrinters(
+        (QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/tournees.pdf")
+            .toStdString());
+    host.setPdfPrinter(printers->pdfPrinter());
+    ctl.setPrinters(printers);
     qtui::MainWindow window(ctl, host, zoom);
     window.show();
     window.start();

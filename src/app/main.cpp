@@ -9,7 +9,9 @@
 #include "app/demo_data.h"
 #include "app/gui.h"
 #include "app/play.h"
+#include "app/print_command.h"
 #include "base/clock.h"
+#include "base/date.h"
 #include "base/error.h"
 #include "mvdb/database.h"
 
@@ -25,6 +27,7 @@ struct Options {
     std::string list;
     std::string sentence;
     std::string input;
+    std::string date, tournee, out;
     int rights = 2;
     double zoom = 0;
 };
@@ -77,6 +80,16 @@ int runQuery(const Options& o) {
     return 0;
 }
 
+// A day as "dd/mm/yyyy", for the options that name one.
+CLI::Validator dateOption() {
+    return CLI::Validator(
+        [](std::string& text) {
+            return base::Date::parse(text) ? std::string()
+                                           : "date jj/mm/aaaa attendue, « " + text + " » trouvé";
+        },
+        "JJ/MM/AAAA");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -110,6 +123,19 @@ int main(int argc, char** argv) {
     play->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)");
     play->add_option("script", o.input, "Scénario (entrée standard sans lui)");
 
+    auto* print =
+        cli.add_subcommand("print", "Imprime les tournées d'une date dans un fichier PDF, sans fenêtre");
+    print->add_option("--db", o.db, "Base de données")->required();
+    print->add_option("--date", o.date, "Date des tournées (jj/mm/aaaa)")->required()->check(dateOption());
+    print->add_option("--tournee", o.tournee, "Code d'une tournée, sur trois caractères (toutes sans lui)")
+        ->check(CLI::Validator(
+            [](std::string& code) {
+                return code.size() == 3 ? std::string() : "code de trois caractères attendu";
+            },
+            "CODE"));
+    print->add_option("--out", o.out, "Fichier PDF à écrire")->required();
+    print->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)");
+
     auto* gui = cli.add_subcommand("gui", "L'écran de planification");
     for (CLI::App* screen : {static_cast<CLI::App*>(&cli), gui}) {
         screen->add_option("--db", o.db, "Base de données");
@@ -130,6 +156,10 @@ int main(int argc, char** argv) {
         if (*dump) return runDump(o);
         if (*query) return runQuery(o);
         if (*play) return runPlayCommand(o);
+        if (*print) {
+            app::runPrint(app::PrintOptions{o.db, o.date, o.tournee, o.out, o.today}, argc, argv);
+            return 0;
+        }
         return app::runGui(app::GuiOptions{o.db, o.today, o.rights, o.zoom}, argc, argv);
     } catch (const base::Error& e) {
         std::cerr << "zandorel : " << e.what() << '\n';

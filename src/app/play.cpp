@@ -255,6 +255,10 @@ private:
             checkDialogSteps(steps);
             m_host.queueDialog(w[1], [this, steps](toolkit::Form& form) { playDialog(form, steps); });
         };
+        m_verbs["drag"] = [this](const auto& w) {
+            if (w.size() != 7 || w[4] != "to") throw ScriptError("drag : « contrôle x y to x y » attendu");
+            drag(find(w[1]), number(w[2], "x"), number(w[3], "y"), number(w[5], "x"), number(w[6], "y"));
+        };
         m_verbs["rclick"] = [this](const auto& w) {
             arity(w, 1, 1);
             toolkit::Control& c = find(w[1]);
@@ -334,6 +338,25 @@ private:
         const double x = c.width() / 2, y = c.height() / 2;
         if (c.MouseDown) c.MouseDown(kRightButton, 0, x, y);
         if (c.MouseUp) c.MouseUp(kRightButton, 0, x, y);
+    }
+
+    // A drag as the mouse makes it: the pointer moves onto the control, so that a label takes its move
+    // pointer, and the left button goes down at (x, y) inside it. If that began a drag, the pointer
+    // enters the target, a point of the screen's own coordinates, and drops there; the toolkit finds
+    // the control under it.
+    static void drag(toolkit::Control& c, double x, double y, double cibleX, double cibleY) {
+        if (!c.effectivelyVisible() || !c.effectivelyEnabled()) {
+            throw base::Error(base::codes::kBadData,
+                              "Glissement impossible : " + c.name() + " est " +
+                                  (c.effectivelyVisible() ? "désactivé" : "invisible"));
+        }
+        constexpr int kLeftButton = 1, kEnter = 0;
+        if (c.MouseMove) c.MouseMove(0, 0, x, y);
+        if (c.MouseDown) c.MouseDown(kLeftButton, 0, x, y);
+        toolkit::Form* form = c.form();
+        if (!form || !form->dragSource()) return;
+        toolkit::input::dragOver(*form, cibleX, cibleY, kEnter);
+        toolkit::input::dragDrop(*form, cibleX, cibleY);
     }
 
     // Until real printers come, each device a script names joins a list of recording printers, so the

@@ -1,5 +1,6 @@
 #include "base/text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -73,7 +74,7 @@ int compareMagnitudes(const NumberParts& a, const NumberParts& b) {
     return sign(a.fractionDigits.compare(b.fractionDigits));
 }
 
-std::string nonFiniteText(double value) {
+std::string_view nonFiniteText(double value) {
     if (std::isnan(value)) return "NaN";
     return value < 0 ? "-Infinity" : "Infinity";
 }
@@ -152,7 +153,7 @@ std::size_t byteOffset(std::string_view text, std::int64_t count) {
 }  // namespace
 
 std::string numberText(double value) {
-    if (!std::isfinite(value)) return nonFiniteText(value);
+    if (!std::isfinite(value)) return std::string(nonFiniteText(value));
     if (value == 0) return "0";
     // Fifteen significant digits, rounded once; the exponent is read after the rounding so that
     // 999999999999999.9 becomes "1E+15", as %.15G does.
@@ -235,17 +236,34 @@ std::int64_t roundHalfEven(double value) {
 }
 
 std::string formatFixed(double value, int decimals) {
-    if (!std::isfinite(value)) return nonFiniteText(value);
-    // A double has no digit beyond the 1074th decimal; more would only add zeros.
-    const int precision = decimals < 0 ? 0 : (decimals > 1074 ? 1074 : decimals);
-    std::string text(static_cast<std::size_t>(precision) + 320, '\0');
-    const auto result =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, precision);
-    text.resize(static_cast<std::size_t>(result.ptr - text.data()));
-    if (const std::size_t point = text.find('.'); point != std::string::npos) text[point] = ',';
-    // A value that rounds to zero is shown without a sign: "-0,00" would read as a debt.
-    if (text[0] == '-' && text.find_first_not_of("-0,") == std::string::npos) text.erase(0, 1);
+    // The longest text: a sign, 309 integer digits, the comma and the decimals, which stop at 1074.
+    std::string text(static_cast<std::size_t>(std::clamp(decimals, 0, 1074)) + 320, '\0');
+    text.resize(formatFixed(std::span<char>(text), value, decimals).size());
     return text;
+}
+
+std::string_view formatFixed(std::span<char> buffer, double value, int decimals) {
+    if (!std::isfinite(value)) {
+        const std::string_view text = nonFiniteText(value);
+        if (text.size() > buffer.size()) return {};
+        std::copy(text.begin(), text.end(), buffer.begin());
+        return {buffer.data(), text.size()};
+    }
+    // A double has no digit beyond the 1074th decimal; more would only add zeros.
+    const int precision = std::clamp(decimals, 0, 1074);
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                      std::chars_format::fixed, precision);
+    if (result.ec != std::errc()) return {};
+    std::size_t length = static_cast<std::size_t>(result.ptr - buffer.data());
+    const std::span<char> text = buffer.first(length);
+    std::replace(text.begin(), text.end(), '.', ',');
+    // A value that rounds to zero is shown without a sign: "-0,00" would read as a debt.
+    const auto isZeroDigit = [](char c) { return c == '0' || c == ','; };
+    if (text[0] == '-' && std::all_of(text.begin() + 1, text.end(), isZeroDigit)) {
+        std::copy(text.begin() + 1, text.end(), text.begin());
+        --length;
+    }
+    return {buffer.data(), length};
 }
 
 std::size_t Len(std::string_view text) {
@@ -305,6 +323,12 @@ std::string zeroPad(std::int64_t value, int width) {
     if (width > 0 && digits.size() < static_cast<std::size_t>(width))
         digits.insert(0, static_cast<std::size_t>(width) - digits.size(), '0');
     return value < 0 ? "-" + digits : digits;
+}
+
+std::string padZeros(std::string_view text, int width) {
+    auto length = static_cast<int>(Len(text));
+    if (length >= width) return std::string(text);
+    return std::string(static_cast<std::size_t>(width - length), '0').append(text);
 }
 
 }  // namespace base

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -38,6 +39,9 @@ std::int64_t roundHalfEven(double value);
 
 // Fixed number of decimals with a decimal comma: formatFixed(12.5, 2) is "12,50".
 std::string formatFixed(double value, int decimals);
+// The same text written at the start of a caller's buffer, without allocating, for the routines that
+// run at every mouse move. Empty when the buffer is too small for it.
+std::string_view formatFixed(std::span<char> buffer, double value, int decimals);
 
 // Character counts and cuts on UTF-8 text. A character is a code point; invalid bytes count as one
 // character each, so no input is refused. Lengths below 0 count as 0.
@@ -50,6 +54,9 @@ std::string Mid(std::string_view text, std::int64_t start, std::int64_t count);
 
 // Upper case of ASCII and of the accented Latin letters of French names ("é" -> "É").
 std::string UCase(std::string_view text);
+
+// A text left-padded with "0" to `width` characters; a longer text is left as it is.
+std::string padZeros(std::string_view text, int width);
 
 // Text of a whole number on at least `width` digits, left-padded with "0" (850 -> "0850").
 std::string zeroPad(std::int64_t value, int width);

@@ -49,42 +49,6 @@ void creerEtiquettesAide(Ctr_Zandorel& c) {
     reglerDefilement(c);
 }
 
-// A time in hundredths as the anomaly list keeps it: HHMM as a number, rounded to five minutes.
-std::string heureAnomalie(double centiemes) {
-    return base::numberText(
-        static_cast<double>(base::roundHalfEven(model::CentiemesVersHeure(centiemes / 100) * 100)));
-}
-
-// A placed label whose planned time leaves the window of its protocole, both bounds allowed, adds a row
-// to TabAnomalies: the list the user sees once the display is done.
-void testerAnomalie(Ctr_Zandorel& c, std::int64_t i, const toolkit::Label& etiquette) {
-    const double debutPrevu = base::toNumber(etiquette.linkItem());
-    const auto s = static_cast<double>(base::roundHalfEven(debutPrevu));
-    // The end is the sum's text cut to four characters, so its fraction is dropped before the
-    // comparison: deliberate, the commit reads the end the same way.
-    const std::string fin =
-        model::finDetail(debutPrevu, base::toNumber(c.TabTempoDetail(i, model::col::DureeMn)));
-    const auto e = static_cast<double>(base::roundHalfEven(base::toNumber(fin)));
-    const double debutPermis = base::toNumber(c.TabTempoDetail(i, model::col::HeureDebut));
-    const double finPermise = base::toNumber(c.TabTempoDetail(i, model::col::HeureFin));
-    if (s >= debutPermis && e <= finPermise) return;
-
-    data::FichiersSSIAD& f = c.Mod.fichiers;
-    const int ligne = ++c.NbLignesAnomalies;
-    const std::string code = model::codeAideOf(c.TabTempoDetail(i, model::col::CleProtocole));
-    c.TabAnomalies->set(ligne, 1, code);
-    // Without a civil record the name stays unset.
-    if (data::LireEnregistrement(*f.CIVILAIDE, f.EnregCIVILAIDE, code)) {
-        c.TabAnomalies->set(
-            ligne, 2,
-            f.EnregCIVILAIDE(data::civilaide::kNom) + " " + f.EnregCIVILAIDE(data::civilaide::kPrenom));
-    }
-    c.TabAnomalies->set(ligne, 3, heureAnomalie(s));
-    c.TabAnomalies->set(ligne, 4, heureAnomalie(e));
-    c.TabAnomalies->set(ligne, 5, heureAnomalie(debutPermis));
-    c.TabAnomalies->set(ligne, 6, heureAnomalie(finPermise));
-}
-
 }  // namespace
 
 void Ctr_Zandorel::Cmd_Affichage_Click() {
@@ -125,7 +89,7 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
         // 6. No anomaly is looked for in a past day, nor during an assignment.
         for (std::int64_t i = 1; i <= TabTempoDetail->DCount(); ++i) {
             const toolkit::Label& etiquette = creerEtiquetteDetail(static_cast<int>(i));
-            if (!Mod.FlagAffectationEnCours && !TourneeAnterieure) testerAnomalie(*this, i, etiquette);
+            if (!Mod.FlagAffectationEnCours && !TourneeAnterieure) TesterAnomalie(i, etiquette);
         }
 
         // 7.

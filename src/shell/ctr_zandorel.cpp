@@ -213,6 +213,39 @@ void Ctr_Zandorel::wireEvents() {
     Txt_Date.Change = [this] { Txt_Date_Change(); };
     Txt_Date.KeyPress = [this](int& KeyAscii) { Txt_Date_KeyPress(KeyAscii); };
     Txt_Date.LostFocus = [this] { Txt_Date_LostFocus(); };
+
+    // Drag of a label. The toolkit's points are doubles; the handlers take the toolkit's singles.
+    const auto single = [](double v) { return static_cast<float>(v); };
+    Etq_Aide.MouseMove = [this, single](int Index, int Button, int Shift, double X, double Y) {
+        Etq_Aide_MouseMove(Index, Button, Shift, single(X), single(Y));
+    };
+    Etq_Aide.MouseDown = [this, single](int Index, int Button, int Shift, double X, double Y) {
+        Etq_Aide_MouseDown(Index, Button, Shift, single(X), single(Y));
+    };
+    Etq_Aide.DragOver = [this, single](int Index, toolkit::Control& Source, double X, double Y, int State) {
+        Etq_Aide_DragOver(Index, Source, single(X), single(Y), State);
+    };
+    Etq_Aide.DragDrop = [this, single](int Index, toolkit::Control& Source, double X, double Y) {
+        Etq_Aide_DragDrop(Index, Source, single(X), single(Y));
+    };
+    UserControl.DragOver = [this, single](toolkit::Control& Source, double X, double Y, int State) {
+        UserControl_DragOver(Source, single(X), single(Y), State);
+    };
+    UserControl.DragDrop = [this, single](toolkit::Control& Source, double X, double Y) {
+        UserControl_DragDrop(Source, single(X), single(Y));
+    };
+    UserControl.MouseDown = [this, single](int Button, int Shift, double X, double Y) {
+        UserControl_MouseDown(Button, Shift, single(X), single(Y));
+    };
+    Cmd_Enchainement.DragOver = [this, single](toolkit::Control& Source, double X, double Y, int State) {
+        Cmd_Enchainement_DragOver(Source, single(X), single(Y), State);
+    };
+    Cmd_Enchainement.Click = [this] { Cmd_Enchainement_Click(); };
+    Mnu_AffectationTournee.Click = [this] { Mnu_AffectationTournee_Click(); };
+
+    Cmd_Ok.Click = [this] { Cmd_Ok_Click(); };
+    Cmd_Sortir.Click = [this] { Cmd_Sortir_Click(); };
+    Cmd_Imprimer.Click = [this] { Cmd_Imprimer_Click(); };
 }
 
 // ---- Public members.

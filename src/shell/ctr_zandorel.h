@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "data/conversion.h"
 #include "data/gateway.h"
@@ -246,7 +247,31 @@ public:
     void RechercheTourneesIntervenant(const std::string& cle, bool& trouve);
     bool DecalageImpossible = false;
     mvdb::DynamicRecord ReponseAutresTournees;
+    // A time in hundredths as HHhMM, all of it through CentiemesVersHeure (899 reads "09h00"), as the
+    // drop writes it; the display cuts the hour and the minutes apart.
+    static std::string heureDepot(double centiemes);
+    // The first row of `table` whose column `colonne` equals `valeur`; 0 when none does.
+    static std::int64_t chercherLigne(const model::WorkTable& table, int colonne, const std::string& valeur);
+    // The drop and the push send a label back to pane "AIDE" each its own way: whose way it is.
+    enum class RetourPar { Depot, Decalage };
 
+private:
+    // What the drop and the push share (editing/drop.cpp, editing/shifting.cpp).
+    // Sends detail label `index` back to pane "AIDE": its row takes its place there by start time, or the
+    // half of an act for two joins the half that waits and the label is unloaded. The row leaves
+    // TabTempoDetail, and pane "DETAIL" is painted again.
+    void renvoyerEnAide(int index, RetourPar par);
+    // Lays out the label of row `ligne` of TabTempoAide on that line; false when the aidé's record cannot
+    // be read, which ends the layout of the rows after it.
+    bool PlacerEtqAide(std::int64_t ligne, RetourPar par);
+    // The scroll range once a drop changed the waiting list: the bar beyond seven rows.
+    void reglerDefilementDepot();
+    // Height in pane "DETAIL" of a label of that many minutes.
+    int hauteurDetail(int minutes) const;
+    // Nesting of the push; only a duration below zero could make it endless.
+    int m_profondeurDecalage = 0;
+
+public:
     // Shifting engine (editing/shifting.cpp) and chaining (editing/chaining.cpp).
     void TrierTabTempoDetail(int index, int position, bool Decale);
     void VerifEtqDecale(int index, int hauteur, int position);
@@ -261,9 +286,18 @@ public:
     int IndiceEtqAffectee = 0;
 
     // ---- Saving (saving/).
-    // Validates the tournée on show; `commitReussi()` tells whether the last one went through.
+    // Validates the tournée on show. Whether it went through is ValidationAnomalies: false only when the
+    // anomaly list was answered Cancel, or the database refused the change (the user is told); on the
+    // early exits with nothing to save it keeps its former value.
     void Cmd_Ok_Click();
-    bool commitReussi() const { return m_commitReussi; }
+    bool commitReussi() const { return ValidationAnomalies; }
+    // Adds a row to TabAnomalies when the planned time of detail row `ligne`, shown by `etiquette`, leaves
+    // the window of its protocole (both bounds allowed). Returns whether it did.
+    bool TesterAnomalie(std::int64_t ligne, const toolkit::Control& etiquette);
+    // Clears the screen when there is nothing to save: labels, tables, the code.
+    void ReinitialiserEcran();
+    // The button that leaves the screen, or cancels the tournée on show.
+    void Cmd_Sortir_Click();
     // Shows the anomaly list modally; in its asking use the answer comes back in ValidationAnomalies.
     void AfficherAnomalies(bool affichage);
 
@@ -286,6 +320,50 @@ public:
     // The current printer; nullptr before the first choice.
     toolkit::Printer* currentPrinter() const { return m_printer; }
 
+    // ---- Printing (printing/).
+    // The whole print: the printer choice, its settings, then the tournée of Txt_CodeTournee or, with
+    // no code, every tournée of the date. A choice given up prints nothing and changes nothing.
+    void Cmd_Imprimer_Click();
+    // Landscape, unless the printer's name holds "A4"; a refusal of the driver is ignored.
+    void ImpressionPaysage();
+    // The copies of the printer choice, unless the printer's name holds "MATRIC"; a refusal is ignored.
+    void ReglerCopiesImprimante();
+    // Date, page number and, when the tournée has its record, the centred title and the date shown.
+    // Without the record the head ends bold at size 14, and what follows prints so.
+    void EntetePage(const std::string& W_CodeTournee);
+    // The column heads and their rules; the last head line stays open for the first entry.
+    void EnteteTableau();
+    // The vertical rules of the table, from its head down to BasCadre.
+    void Cadre();
+    // The tournée of Txt_CodeTournee: from its labels when it is on the screen, else from the file.
+    void ImpressionUneTournee();
+    // One entry from a label of pane "DETAIL": its planned start and the end after DureeMn.
+    void RemplirTableauUneTournee(const std::string& CleProtocole, int NumEtq, double DureeMn);
+    // Every tournée of the date, from the file, each from a new page.
+    void ImpressionToutesTournees();
+    // One entry from a SSIADTOURNEE row: its key, its end and its protocole.
+    void RemplirTableauToutesTournees(const std::string& W_Cle, const std::string& W_Fin,
+                                      const std::string& W_CleProtocole);
+    int MaxLignesPage = 40;             // lines of entries on a page
+    int LignesUtilisees = 0;            // lines of entries used on the current page
+    int UniteCm = 567;                  // twips in a centimetre, the unit of the frame
+    double BasCadre = 0;                // bottom of the table: CurrentY after the last entry
+    double DernierX = 0;                // CurrentX after the last entry; written, never read
+    mvdb::DynamicRecord TabImpression;  // one entry: column 1 the aidé's lines, column 2 the soins
+
+private:
+    // The current printer; a failure that says so before any choice.
+    toolkit::Printer& imprimante() const;
+    // The date the prints are for: that of Txt_Date while it shows, else that of Cbo_Date.
+    std::string dateImprimee() const;
+    // Fills TabImpression for a protocole and gives n (aidé rows + 1, one short after attribute 14) and
+    // s (soins + 1). Missing records leave their column empty.
+    std::pair<int, int> remplirTabImpression(const std::string& CleProtocole);
+    // The entry's page tests, its rows (split across a page break when the soins do not fit), and its
+    // bottom rule; a new page's head names CodeEntete.
+    void imprimerEntree(double Debut, double Fin, const std::string& CleProtocole,
+                        const std::string& CodeEntete);
+
 private:
     void buildInventory();
     void wireEvents();
@@ -299,7 +377,6 @@ private:
 
     toolkit::Host& m_host;
     const base::Clock& m_clock;
-    bool m_commitReussi = false;
     std::shared_ptr<toolkit::Printers> m_printers;
     toolkit::Printer* m_printer = nullptr;
 };

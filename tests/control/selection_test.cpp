@@ -199,7 +199,8 @@ TEST(SelectionQuestion, AskedWhereTheTourneeDiffersFromWhatWasStored) {
     } const cas[] = {
         {"moved, key, Cancel: the key is dropped", bouge, Site::Touche, msgbox::kCancel, 1, 1, 0, "001",
          "23/11"},
-        {"moved, key, Yes refused: the same", bouge, Site::Touche, msgbox::kYes, 1, 1, 0, "001", "23/11"},
+        {"moved, key, Yes: saved and cleared, the key goes on", bouge, Site::Touche, msgbox::kYes, 1, 0, '7',
+         "", "23/11"},
         {"moved, key, No: cleared", bouge, Site::Touche, msgbox::kNo, 1, 0, '7', "001", "23/11"},
         {"moved, date, Cancel: the date shown", bouge, Site::AutreDate, msgbox::kCancel, 1, 1, '7', "001",
          "23/11"},
@@ -224,7 +225,9 @@ TEST(SelectionQuestion, AskedWhereTheTourneeDiffersFromWhatWasStored) {
         EXPECT_EQ(t.c.Etq_Aide.Count() > 1 && t.c.TabTempoDetail.exists(), k.etiquettes) << k.nom;
         EXPECT_EQ(touche, k.touche) << k.nom;
         EXPECT_EQ(t.c.Txt_CodeTournee.text() + " " + t.c.Cbo_Tournee.text(),
-                  k.code + (k.code == "001" ? " MATIN NORD" : " SOIR EST"))
+                  k.code + (k.code.empty()    ? " "
+                            : k.code == "001" ? " MATIN NORD"
+                                              : " SOIR EST"))
             << k.nom;
         EXPECT_EQ(base::Left(t.c.Cbo_Date.text(), 5), k.date) << k.nom;
     }
