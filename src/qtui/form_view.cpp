@@ -74,6 +74,7 @@ QWidget* FormView::makeWidget(toolkit::Control& c, QWidget* parent) {
         case toolkit::Kind::Line:
             return new LineWidget(c, parent);
         case toolkit::Kind::TextBox:
+            if (static_cast<toolkit::TextBox&>(c).multiLine()) return new MultiLineWidget(*this, c, parent);
             return new TextBoxWidget(*this, c, parent);
         case toolkit::Kind::ComboBox:
             return new ComboWidget(*this, c, parent);
@@ -187,7 +188,11 @@ void FormView::apply(toolkit::Control& c, QWidget* w, toolkit::Property p) {
         case P::Selection:
             if (c.kind() == K::TextBox) {
                 auto& box = static_cast<toolkit::TextBox&>(c);
-                static_cast<TextBoxWidget*>(w)->mirrorText(qtext(box.text()), box.selStart());
+                if (auto* lines = dynamic_cast<MultiLineWidget*>(w)) {
+                    lines->mirrorText(qtext(box.text()));
+                } else {
+                    static_cast<TextBoxWidget*>(w)->mirrorText(qtext(box.text()), box.selStart());
+                }
             }
             if (c.kind() == K::ComboBox) static_cast<ComboWidget*>(w)->mirror();
             break;

@@ -5,7 +5,9 @@
 #include <QCursor>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QLabel>
 #include <QListWidget>
@@ -14,6 +16,7 @@
 #include <QPrinterInfo>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QTextBrowser>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -155,6 +158,45 @@ void QtHost::PopupMenu(toolkit::Menu& menu) {
     for (auto& [action, control] : entries) {
         if (action == chosen) control->fireClick();
     }
+}
+
+namespace {
+
+// The help page: in share/zandorel/help beside the installed program, or, run from a build tree, in the
+// docs/help of the sources the build stands in. Each folder from the program's up is tried.
+QString cheminAide(const QString& page) {
+    QDir dossier(QCoreApplication::applicationDirPath());
+    do {
+        for (const QString& essai :
+             {QStringLiteral("../share/zandorel/help/"), QStringLiteral("docs/help/")}) {
+            const QFileInfo fichier(dossier.filePath(essai + page));
+            if (fichier.isFile()) return fichier.absoluteFilePath();
+        }
+    } while (dossier.cdUp());
+    return {};
+}
+
+}  // namespace
+
+void QtHost::ShowHelp(const std::string& page, const std::string& title) {
+    const QString chemin = cheminAide(QString::fromStdString(page));
+    if (chemin.isEmpty()) {
+        MsgBox("La page d'aide " + page + " est introuvable.", toolkit::msgbox::kExclamation, title);
+        return;
+    }
+    QDialog fenetre(m_window);
+    fenetre.setWindowTitle(QString::fromStdString(title));
+    auto* texte = new QTextBrowser(&fenetre);
+    texte->setOpenExternalLinks(true);
+    texte->setSource(QUrl::fromLocalFile(chemin));
+    auto* boutons = new QDialogButtonBox(&fenetre);
+    boutons->addButton("Fermer", QDialogButtonBox::RejectRole);
+    QObject::connect(boutons, &QDialogButtonBox::rejected, &fenetre, &QDialog::reject);
+    auto* colonne = new QVBoxLayout(&fenetre);
+    colonne->addWidget(texte);
+    colonne->addWidget(boutons);
+    fenetre.resize(760, 620);
+    fenetre.exec();
 }
 
 void QtHost::DoEvents() {

@@ -218,6 +218,23 @@ void TextBoxWidget::mouseReleaseEvent(QMouseEvent* e) {
     tellCaret();
 }
 
+MultiLineWidget::MultiLineWidget(FormView& view, toolkit::Control& control, QWidget* parent)
+    : QPlainTextEdit(parent), m_view(view), m_control(control) {
+    setReadOnly(true);
+    setLineWrapMode(QPlainTextEdit::NoWrap);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+}
+
+void MultiLineWidget::mirrorText(const QString& text) {
+    QString shown = QString(text).replace("\r\n", "\n");
+    if (toPlainText() != shown) setPlainText(shown);
+}
+
+void MultiLineWidget::focusInEvent(QFocusEvent* e) {
+    QPlainTextEdit::focusInEvent(e);
+    if (e->reason() == Qt::MouseFocusReason) m_view.forward([&] { toolkit::input::focus(m_control); });
+}
+
 ComboWidget::ComboWidget(FormView& view, toolkit::Control& control, QWidget* parent)
     : QComboBox(parent), m_view(view), m_control(control) {
     setEditable(true);

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScrollBar>
@@ -84,6 +85,20 @@ protected:
 
 private:
     void tellCaret();
+    FormView& m_view;
+    toolkit::Control& m_control;
+};
+
+// A multi-line text box with its vertical scroll bar: read and scrolled, its text the model's alone.
+class MultiLineWidget : public QPlainTextEdit {
+public:
+    MultiLineWidget(FormView& view, toolkit::Control& control, QWidget* parent);
+    void mirrorText(const QString& text);
+
+protected:
+    void focusInEvent(QFocusEvent* e) override;
+
+private:
     FormView& m_view;
     toolkit::Control& m_control;
 };

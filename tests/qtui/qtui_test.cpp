@@ -13,6 +13,7 @@
 #include "qtui/main_window.h"
 #include "shell/ctr_zandorel.h"
 #include "support/memory_database.h"
+#include "toolkit/headless_host.h"
 #include "toolkit/input.h"
 
 namespace {
@@ -83,6 +84,59 @@ TEST_F(QtScreen, ChoosingADateAndShowingTheDayMakesTheLabels) {
         EXPECT_EQ(shown->text(), QString::fromStdString(label->caption()).replace("\r\n", "\n"));
         EXPECT_EQ(shown->geometry(), qtui::Zoom(1.0).rect(*label));
     }
+}
+
+std::string tables(const control::Ctr_Zandorel& c) {
+    std::string out = c.TabTempoDetail->text() + "|" + c.TabTempoAide->text();
+    for (const toolkit::Control* l : c.Etq_Aide.elements())
+        out += "|" + l->linkItem() + "@" + std::to_string(l->top());
+    return out;
+}
+
+// A drag with the real mouse from pane "AIDE" to pane "DETAIL" changes the model exactly as the same
+// drop played headless does.
+TEST_F(QtScreen, ADragWithTheMouseDropsAsTheScenarioRunnerDoes) {
+    auto show = [](control::Ctr_Zandorel& c) {
+        toolkit::input::type(c.Txt_CodeTournee, "001");
+        toolkit::input::choose(c.Cbo_Date, "30/11/2026");
+        toolkit::input::click(c.Cmd_Affichage);
+    };
+    host.setZoom(qtui::Zoom(1.0));
+    show(*ctl);
+    // The waiting label on row 1, grabbed 10 pixels in, dropped at 11h00 in the detail pane.
+    int index = std::stoi(ctl->TabTempoAide(1, 1));
+    toolkit::Label& etiquette = ctl->Etq_Aide(index);
+    QWidget* label = window->view().widgetFor(&etiquette);
+    ASSERT_NE(label, nullptr);
+    const QPoint grab(10, 10), drop(150, 0);
+    QPoint target = label->mapFrom(&window->view(),
+                                   drop + QPoint(0, qtui::Zoom(1.0).px(760 + 5 * 4 * ctl->PasQuartHeure)));
+    const QPoint inView = label->mapTo(&window->view(), target);
+    QTest::mouseMove(label, grab);
+    QTest::mousePress(label, Qt::LeftButton, {}, grab);
+    QTest::mouseMove(label, target);
+    QTest::mouseRelease(label, Qt::LeftButton, {}, target);
+
+    // The same drop, played on a second screen of the same service.
+    testing_support::MemoryDatabase second;
+    second.clock.setToday(service.clock.today());
+    app::writeDemoService(*second.db, app::DemoOptions{second.clock.today(), 40, 60, 1});
+    toolkit::HeadlessHost quiet;
+    control::Ctr_Zandorel headless(quiet, second.clock);
+    headless.setTheClient(nullptr);
+    headless.setTheDatabase(second.db);
+    headless.setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(2));
+    headless.Init();
+    show(headless);
+    toolkit::Label& same = headless.Etq_Aide(index);
+    const qtui::Zoom z(1.0);
+    if (same.MouseMove) same.MouseMove(0, 0, z.twips(grab.x()), z.twips(grab.y()));
+    same.MouseDown(1, 0, z.twips(grab.x()), z.twips(grab.y()));
+    toolkit::input::dragOver(headless.UserControl, z.twips(inView.x()), z.twips(inView.y()), 0);
+    toolkit::input::dragDrop(headless.UserControl, z.twips(inView.x()), z.twips(inView.y()));
+
+    EXPECT_EQ(ctl->Etq_Aide(index).left(), 760);
+    EXPECT_EQ(tables(*ctl), tables(headless));
 }
 
 }  // namespace
