@@ -31,7 +31,6 @@ constexpr int kCleProtocole = 3;
 // A protocole row this far from the planned start, or further, is never the nearest.
 constexpr double kEcartMaximal = 999;
 
-constexpr std::string_view kActeInfirmier = "O";
 
 std::string entreGuillemets(std::string_view valeur) {
     return "\"" + std::string(valeur) + "\"";
@@ -192,17 +191,7 @@ void copierVersion(Ctr_Zandorel& c) {
             (base::toNumber(c.ResTourneeJour(i, kFinPrevue)) / 100 - base::toNumber(debut) / 100) * 100 * 6 /
             10;
         if (data::LireEnregistrement(*f.SSIADPROTOCOLE, f.EnregSSIADPROTOCOLE, cleProtocole)) {
-            const mvdb::DynamicRecord& protocole = f.EnregSSIADPROTOCOLE;
-            for (std::int64_t v = 1; v <= protocole.DCount(data::protocole::kSoins); ++v) {
-                if (!data::LireEnregistrement(*f.SSIADSOINS, f.EnregSSIADSOINS,
-                                              protocole(data::protocole::kSoins, v)))
-                    continue;
-                if (f.EnregSSIADSOINS(data::soins::kActeInfirmier) == kActeInfirmier) {
-                    ++actesInfirmiers;
-                } else {
-                    ++autresActes;
-                }
-            }
+            c.CompterActes(f.EnregSSIADPROTOCOLE, actesInfirmiers, autresActes);
             nature = natureDesActes(actesInfirmiers, autresActes);
         }
         c.CouleurAjoutEtqLst(static_cast<int>(i), static_cast<int>(i), entier(base::Right(cleProtocole, 4)),

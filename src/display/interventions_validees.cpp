@@ -119,22 +119,27 @@ void Ctr_Zandorel::RechercheInterventionsValidees(const std::string& CodeAide, b
         }
 
         // 5.4.
-        const mvdb::DynamicRecord& protocole = f.EnregSSIADPROTOCOLE;
-        for (std::int64_t v = 1; v <= protocole.DCount(data::protocole::kSoins); ++v) {
-            if (!data::LireEnregistrement(*f.SSIADSOINS, f.EnregSSIADSOINS,
-                                          protocole(data::protocole::kSoins, v)))
-                continue;
-            if (f.EnregSSIADSOINS(data::soins::kActeInfirmier) == kActeInfirmier) {
-                ++actesInfirmiers;
-            } else {
-                ++autresActes;
-            }
-        }
+        CompterActes(f.EnregSSIADPROTOCOLE, actesInfirmiers, autresActes);
 
         // 5.5.
         if (autresActes == 0) continue;
         ecrireValidee(*this, ligneCible, i);
         ++ligneCible;
+    }
+}
+
+void Ctr_Zandorel::CompterActes(const mvdb::DynamicRecord& protocole, int& actesInfirmiers,
+                                int& autresActes) {
+    data::FichiersSSIAD& f = Mod.fichiers;
+    for (std::int64_t v = 1; v <= protocole.DCount(data::protocole::kSoins); ++v) {
+        if (!data::LireEnregistrement(*f.SSIADSOINS, f.EnregSSIADSOINS,
+                                      protocole(data::protocole::kSoins, v)))
+            continue;
+        if (f.EnregSSIADSOINS(data::soins::kActeInfirmier) == kActeInfirmier) {
+            ++actesInfirmiers;
+        } else {
+            ++autresActes;
+        }
     }
 }
 

@@ -192,6 +192,10 @@ public:
     void CadreAideSansTournee();
     void CadreAideAvecTournee();
     void CadreDetailAvecTournee();
+    // Counts the soins of a protocole into the infirmier's acts and the others, adding to the counts given:
+    // callers carry them from one record to the next on purpose. A soin missing from SSIADSOINS counts
+    // for neither.
+    void CompterActes(const mvdb::DynamicRecord& protocole, int& actesInfirmiers, int& autresActes);
     void CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
                      const std::string& CleElement);
 
@@ -363,6 +367,21 @@ private:
     // bottom rule; a new page's head names CodeEntete.
     void imprimerEntree(double Debut, double Fin, const std::string& CleProtocole,
                         const std::string& CodeEntete);
+
+    // ---- Companion screens (companions/).
+    // The tournée characteristics; when the code shown named no tournée, the list is rebuilt afterwards.
+    void Cmd_Tournee_Click();
+    // The aidé of the label pressed last: its file, its management elements, its protocoles on the day
+    // shown.
+    void Mnu_DossierAide_Click();
+    void Mnu_ElemGestSSIAD_Click();
+    void Mnu_ProtocoleTraitement_Click();
+    // The planners' help page.
+    void Mnu_Sommaire_Click();
+
+private:
+    // The first five characters of the Tag of the label pressed last: the aidé's code.
+    std::string codeAideEtiquetteCourante() const;
 
 private:
     void buildInventory();
