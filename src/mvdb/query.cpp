@@ -67,9 +67,13 @@ bool matchesValue(const Resolved& r, std::string_view value) {
     return false;
 }
 
+// Walks the values in place: this runs for every record a selection reads.
 bool matches(const Resolved& r, const std::string& key, const DynamicRecord& record) {
-    for (std::string_view value : r.source.values(key, record)) {
-        if (matchesValue(r, value)) return true;
+    if (r.source.kind != FieldSource::Kind::Attribute)
+        return matchesValue(r, r.source.firstValue(key, record));
+    const std::int64_t count = std::max<std::int64_t>(1, record.DCount(r.source.attribute));
+    for (std::int64_t v = 1; v <= count; ++v) {
+        if (matchesValue(r, record.view(r.source.attribute, v))) return true;
     }
     return false;
 }
@@ -171,10 +175,16 @@ std::vector<SelectedRecord> select(Store& store, const Sentence& sentence, const
         SelectedRecord selected;
     };
     std::vector<Candidate> found;
+    // Conditions on the key are judged before the record's text is split: most records a range reads
+    // fail on one of them.
+    const DynamicRecord noRecord;
     auto consider = [&](const std::string& key, const std::string& text) {
+        for (const Resolved& r : plan.conditions) {
+            if (r.source.kind != FieldSource::Kind::Attribute && !matches(r, key, noRecord)) return true;
+        }
         DynamicRecord record(text);
         for (const Resolved& r : plan.conditions) {
-            if (!matches(r, key, record)) return true;
+            if (r.source.kind == FieldSource::Kind::Attribute && !matches(r, key, record)) return true;
         }
         std::string order = plan.sortField ? sortKey(plan.sortField->firstValue(key, record)) : std::string();
         found.push_back({std::move(order), sortKey(key), {key, std::move(record)}});
@@ -186,21 +196,25 @@ std::vector<SelectedRecord> select(Store& store, const Sentence& sentence, const
         for (const KeyRange& range : plan.ranges)
             store.scanRange(sentence.file, range, consider);
     }
+    // Positions are sorted rather than the candidates themselves, which are large to move.
+    std::vector<std::size_t> rank(found.size());
+    for (std::size_t i = 0; i < rank.size(); ++i)
+        rank[i] = i;
     bool descending = plan.descending;
-    std::sort(found.begin(), found.end(), [descending](const Candidate& a, const Candidate& b) {
+    std::sort(rank.begin(), rank.end(), [&found, descending](std::size_t i, std::size_t j) {
+        const Candidate& a = found[i];
+        const Candidate& b = found[j];
         int order = a.order.compare(b.order);
         if (order != 0) return descending ? order > 0 : order < 0;
         return a.keyOrder < b.keyOrder || (a.keyOrder == b.keyOrder && a.selected.key < b.selected.key);
     });
     // A record found through several of its values comes once.
-    found.erase(
-        std::unique(found.begin(), found.end(),
-                    [](const Candidate& a, const Candidate& b) { return a.selected.key == b.selected.key; }),
-        found.end());
     std::vector<SelectedRecord> out;
     out.reserve(found.size());
-    for (Candidate& c : found)
-        out.push_back(std::move(c.selected));
+    for (std::size_t i : rank) {
+        if (!out.empty() && out.back().key == found[i].selected.key) continue;
+        out.push_back(std::move(found[i].selected));
+    }
     return out;
 }
 

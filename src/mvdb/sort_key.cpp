@@ -13,10 +13,13 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
+// Views into the text parsed: building no string keeps a key's making to the one allocation of the key,
+// and none for short keys. This runs for every record a selection reads.
 struct Decimal {
     bool negative = false;
-    std::string digits;         // significant digits, no leading or trailing zero; empty for zero
-    std::int64_t exponent = 0;  // value = 0.d1d2... x 10^exponent
+    std::string_view head, tail;  // significant digits: head then tail, no leading or trailing zero;
+                                  // both empty for zero
+    std::int64_t exponent = 0;    // value = 0.d1d2... x 10^exponent
 };
 
 // The number's syntax is the one of base::parseNumber: blanks, a sign, digits with at most one
@@ -27,34 +30,38 @@ std::optional<Decimal> decompose(std::string_view text) {
         ++i;
     Decimal d;
     if (i < n && (text[i] == '+' || text[i] == '-')) d.negative = text[i++] == '-';
-    std::string integer, fraction;
-    bool separator = false;
-    for (; i < n; ++i) {
-        char c = text[i];
-        if (isDigit(c)) {
-            (separator ? fraction : integer) += c;
-        } else if ((c == ',' || c == '.') && !separator) {
-            separator = true;
-        } else {
-            break;
-        }
+    const std::size_t integerStart = i;
+    while (i < n && isDigit(text[i]))
+        ++i;
+    std::string_view integer = text.substr(integerStart, i - integerStart), fraction;
+    if (i < n && (text[i] == ',' || text[i] == '.')) {
+        const std::size_t fractionStart = ++i;
+        while (i < n && isDigit(text[i]))
+            ++i;
+        fraction = text.substr(fractionStart, i - fractionStart);
     }
     while (i < n && isBlank(text[i]))
         ++i;
     if (i != n || (integer.empty() && fraction.empty())) return std::nullopt;
 
     std::size_t firstNonZero = integer.find_first_not_of('0');
-    if (firstNonZero != std::string::npos) {
-        d.digits = integer.substr(firstNonZero) + fraction;
+    if (firstNonZero != std::string_view::npos) {
+        d.head = integer.substr(firstNonZero);
+        d.tail = fraction;
         d.exponent = static_cast<std::int64_t>(integer.size() - firstNonZero);
     } else {
         std::size_t lead = fraction.find_first_not_of('0');
-        if (lead == std::string::npos) return d;  // zero, whatever its sign
-        d.digits = fraction.substr(lead);
+        if (lead == std::string_view::npos) return d;  // zero, whatever its sign
+        d.head = fraction.substr(lead);
         d.exponent = -static_cast<std::int64_t>(lead);
     }
-    std::size_t last = d.digits.find_last_not_of('0');
-    d.digits.resize(last + 1);
+    std::size_t last = d.tail.find_last_not_of('0');
+    if (last == std::string_view::npos) {
+        d.tail = {};
+        d.head = d.head.substr(0, d.head.find_last_not_of('0') + 1);
+    } else {
+        d.tail = d.tail.substr(0, last + 1);
+    }
     return d;
 }
 
@@ -77,21 +84,24 @@ std::string sortKey(std::string_view value) {
         key += value;
         return key;
     }
-    key.reserve(d->digits.size() + 7);
+    key.reserve(d->head.size() + d->tail.size() + 7);
     key += kNumberSegment;
-    if (d->digits.empty()) {
+    if (d->head.empty()) {
         key += '\x02';
     } else if (!d->negative) {
         key += '\x03';
         appendExponent(key, d->exponent, false);
-        key += d->digits;
+        key += d->head;
+        key += d->tail;
     } else {
         // A negative number orders backwards: inverted exponent and digits, and a terminator above
         // every inverted digit so that -1,2 sorts after -1,23.
         key += '\x01';
         appendExponent(key, d->exponent, true);
-        for (char c : d->digits)
-            key += static_cast<char>(0xFF - static_cast<unsigned char>(c));
+        for (std::string_view digits : {d->head, d->tail}) {
+            for (char c : digits)
+                key += static_cast<char>(0xFF - static_cast<unsigned char>(c));
+        }
         key += '\xFF';
     }
     return key;

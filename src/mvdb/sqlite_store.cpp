@@ -58,6 +58,12 @@ public:
     }
     // Makes the statement ready to run again with new bindings.
     void again() { sqlite3_reset(m_stmt); }
+    // Reads a column into `out`, whose storage is reused from row to row.
+    void column(int index, std::string& out) const {
+        auto* data = static_cast<const char*>(sqlite3_column_blob(m_stmt, index));
+        out.assign(data ? data : "",
+                   data ? static_cast<std::size_t>(sqlite3_column_bytes(m_stmt, index)) : 0);
+    }
     std::string column(int index) const {
         auto* data = static_cast<const char*>(sqlite3_column_blob(m_stmt, index));
         int size = sqlite3_column_bytes(m_stmt, index);
@@ -152,6 +158,10 @@ void SqliteStore::configure(bool isNew) {
     // A validated tournée must survive a power cut as well as a crash.
     exec("PRAGMA synchronous=FULL");
     exec("PRAGMA temp_store=MEMORY");
+    // A display reads thousands of small records scattered over the file: with the default 2 MB cache
+    // many were read from the file again at every display. Pages are mapped rather than copied.
+    exec("PRAGMA cache_size=-65536");
+    if (m_path != ":memory:") exec("PRAGMA mmap_size=268435456");
     if (tables == 0 || isNew) createSchema();
     loadCatalog();
 }
@@ -371,8 +381,11 @@ void SqliteStore::remove(const std::string& file, const std::string& key) {
 void SqliteStore::scanAll(const std::string& file, const RecordVisitor& visit) {
     const FileInfo& fi = info(file);
     Statement s(*this, "SELECT key, rec FROM " + fi.table + " ORDER BY key");
+    std::string key, text;
     while (s.step()) {
-        if (!visit(s.column(0), s.column(1))) break;
+        s.column(0, key);
+        s.column(1, text);
+        if (!visit(key, text)) break;
     }
 }
 
@@ -394,8 +407,11 @@ void SqliteStore::scanRange(const std::string& file, const KeyRange& range, cons
     Statement s(*this, rangeSql(fi, range));
     s.bind(1, range.field).bindBlob(2, range.low);
     if (!range.high.empty()) s.bindBlob(3, range.high);
+    std::string key, text;
     while (s.step()) {
-        if (!visit(s.column(0), s.column(1))) break;
+        s.column(0, key);
+        s.column(1, text);
+        if (!visit(key, text)) break;
     }
 }
 

@@ -1,0 +1,265 @@
+#pragma once
+
+// What the benchmarks share: a generated service in a temporary file, a store that records the calls
+// made on it, and the replay of those calls as bare SQL on the same file, which is the floor a routine
+// is compared with.
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "app/demo_data.h"
+#include "base/clock.h"
+#include "base/date.h"
+#include "mvdb/database.h"
+#include "mvdb/dictionary.h"
+#include "mvdb/sqlite_store.h"
+#include "mvdb/store.h"
+
+namespace bench {
+
+inline base::Date today() {
+    return *base::Date::fromDmy(23, 11, 2026);
+}
+
+// A file under the temporary directory, removed with its journal when the object goes.
+struct TempFile {
+    std::string path;
+    explicit TempFile(const std::string& name)
+        : path((std::filesystem::temp_directory_path() /
+                ("zd-bench-" + std::to_string(::getpid()) + "-" + name + ".db"))
+                   .string()) {
+        clear();
+    }
+    ~TempFile() { clear(); }
+    void clear() const {
+        for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+            std::filesystem::remove(path + suffix);
+    }
+};
+
+// The demo service of `aides` aidés with 60 days of history, written once into `path`.
+inline void generateService(const std::string& path, int aides) {
+    base::FixedClock clock(today(), 8 * 3600);
+    mvdb::Database database(mvdb::SqliteStore::open(path, mvdb::OpenMode::CreateIfMissing), clock);
+    app::writeDemoService(database, {today(), aides, 60, 1});
+}
+
+inline long peakResidentKb() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+// One call made on the store, as much of it as a replay needs.
+struct Call {
+    enum Kind { Read, Write, Remove, ScanAll, ScanRange } kind;
+    std::string file;
+    std::string key;
+    std::string text;
+    mvdb::KeyRange range;
+};
+
+// Passes everything to the real store and, while recording, keeps each read, write, delete and scan.
+class RecordingStore : public mvdb::Store {
+public:
+    explicit RecordingStore(std::unique_ptr<mvdb::Store> inner) : m_inner(std::move(inner)) {}
+
+    bool recording = false;
+    std::vector<Call> calls;
+
+    std::vector<std::string> fileNames() override { return m_inner->fileNames(); }
+    bool hasFile(const std::string& f) override { return m_inner->hasFile(f); }
+    void createFile(const std::string& f) override { m_inner->createFile(f); }
+    std::optional<std::string> read(const std::string& f, const std::string& k) override {
+        keep({Call::Read, f, k, {}, {}});
+        return m_inner->read(f, k);
+    }
+    void write(const std::string& f, const std::string& k, const std::string& t) override {
+        keep({Call::Write, f, k, t, {}});
+        m_inner->write(f, k, t);
+    }
+    void remove(const std::string& f, const std::string& k) override {
+        keep({Call::Remove, f, k, {}, {}});
+        m_inner->remove(f, k);
+    }
+    void scanAll(const std::string& f, const mvdb::RecordVisitor& v) override {
+        keep({Call::ScanAll, f, {}, {}, {}});
+        m_inner->scanAll(f, v);
+    }
+    void scanRange(const std::string& f, const mvdb::KeyRange& r, const mvdb::RecordVisitor& v) override {
+        keep({Call::ScanRange, f, {}, {}, r});
+        m_inner->scanRange(f, r, v);
+    }
+    std::size_t count(const std::string& f) override { return m_inner->count(f); }
+    std::vector<std::string> explainScan(const std::string& f,
+                                         const std::optional<mvdb::KeyRange>& r) override {
+        return m_inner->explainScan(f, r);
+    }
+    void begin() override { m_inner->begin(); }
+    void commit() override { m_inner->commit(); }
+    void rollback() override { m_inner->rollback(); }
+    bool inTransaction() const override { return m_inner->inTransaction(); }
+
+private:
+    void keep(Call call) {
+        if (recording) calls.push_back(std::move(call));
+    }
+    std::unique_ptr<mvdb::Store> m_inner;
+};
+
+// The calls by kind and file, on stderr: where a routine's reads go.
+inline void printCalls(const std::vector<Call>& calls) {
+    static const char* const kinds[] = {"read", "write", "remove", "scanAll", "scanRange"};
+    std::map<std::string, int> tally;
+    for (const Call& c : calls)
+        ++tally[std::string(kinds[c.kind]) + " " + c.file +
+                (c.kind == Call::ScanRange ? " fld " + std::to_string(c.range.field) : "")];
+    for (const auto& [what, n] : tally)
+        std::fprintf(stderr, "%8d %s\n", n, what.c_str());
+}
+
+// A bare connection to a service file, with the statements a hand-written program would prepare once.
+// Work files live in this connection's temp schema, as they do in the store's.
+class Floor {
+public:
+    explicit Floor(const std::string& path) {
+        if (sqlite3_open_v2(path.c_str(), &m_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) !=
+            SQLITE_OK)
+            throw std::runtime_error("floor: cannot open " + path);
+        exec("PRAGMA journal_mode=WAL");
+        exec("PRAGMA synchronous=FULL");
+        exec("PRAGMA temp_store=MEMORY");
+        // The store's own settings: the floor is what the same connection could do at best.
+        exec("PRAGMA cache_size=-65536");
+        exec("PRAGMA mmap_size=268435456");
+    }
+    ~Floor() {
+        for (sqlite3_stmt* s : m_owned)
+            sqlite3_finalize(s);
+        sqlite3_close(m_db);
+    }
+    Floor(const Floor&) = delete;
+    Floor& operator=(const Floor&) = delete;
+
+    sqlite3* db() { return m_db; }
+    void exec(const std::string& sql) {
+        if (sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
+            throw std::runtime_error("floor: " + std::string(sqlite3_errmsg(m_db)) + " in " + sql);
+    }
+    sqlite3_stmt* prepare(const std::string& sql) {
+        sqlite3_stmt* s = nullptr;
+        if (sqlite3_prepare_v3(m_db, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &s, nullptr) != SQLITE_OK)
+            throw std::runtime_error("floor: " + std::string(sqlite3_errmsg(m_db)) + " in " + sql);
+        m_owned.push_back(s);
+        return s;
+    }
+    // Steps to the end, reading every column of every row as a caller would, and gives the rows.
+    static long drain(sqlite3_stmt* s) {
+        long rows = 0;
+        while (sqlite3_step(s) == SQLITE_ROW) {
+            ++rows;
+            for (int i = 0; i < sqlite3_column_count(s); ++i) {
+                benchmarkSink += sqlite3_column_bytes(s, i);
+                benchmarkSink += reinterpret_cast<std::uintptr_t>(sqlite3_column_blob(s, i)) & 1;
+            }
+        }
+        sqlite3_reset(s);
+        sqlite3_clear_bindings(s);
+        return rows;
+    }
+    static inline std::size_t benchmarkSink = 0;
+
+private:
+    sqlite3* m_db = nullptr;
+    std::vector<sqlite3_stmt*> m_owned;
+};
+
+// The calls of a routine, each turned into the one prepared statement that does the same on the file.
+class Replay {
+public:
+    Replay(Floor& floor, const std::vector<Call>& calls) : m_floor(floor) {
+        for (const Call& c : calls) {
+            const bool scratch = mvdb::dictionaryFor(c.file).scratch;
+            const std::string table = std::string(scratch ? "temp" : "main") + ".\"f_" + c.file + "\"";
+            const std::string index = "main.\"x_" + c.file + "\"";
+            if (scratch)
+                floor.exec("CREATE TEMP TABLE IF NOT EXISTS \"f_" + c.file +
+                           "\"(key TEXT PRIMARY KEY, rec BLOB NOT NULL) WITHOUT ROWID");
+            std::string sql;
+            switch (c.kind) {
+                case Call::Read:
+                    sql = "SELECT rec FROM " + table + " WHERE key = ?1";
+                    break;
+                case Call::Write:
+                    sql = "INSERT INTO " + table +
+                          "(key, rec) VALUES(?1, ?2) ON CONFLICT(key) DO UPDATE SET rec = excluded.rec";
+                    break;
+                case Call::Remove:
+                    sql = "DELETE FROM " + table + " WHERE key = ?1";
+                    break;
+                case Call::ScanAll:
+                    sql = "SELECT key, rec FROM " + table + " ORDER BY key";
+                    break;
+                case Call::ScanRange:
+                    sql = "SELECT m.key, m.rec FROM " + index + " AS x CROSS JOIN " + table +
+                          " AS m ON m.key = x.key WHERE x.fld = ?1 AND x.k " +
+                          (c.range.lowInclusive ? ">=" : ">") + " ?2";
+                    if (!c.range.high.empty())
+                        sql += std::string(" AND x.k ") + (c.range.highInclusive ? "<=" : "<") + " ?3";
+                    break;
+            }
+            auto [it, fresh] = m_statements.try_emplace(sql, nullptr);
+            if (fresh) it->second = floor.prepare(sql);
+            m_steps.push_back({&c, it->second});
+        }
+    }
+
+    // Runs every statement once, in the routine's order; gives the rows read.
+    long run() {
+        long rows = 0;
+        for (const auto& [c, s] : m_steps) {
+            switch (c->kind) {
+                case Call::Read:
+                case Call::Remove:
+                    bindText(s, 1, c->key);
+                    break;
+                case Call::Write:
+                    bindText(s, 1, c->key);
+                    sqlite3_bind_blob(s, 2, c->text.data(), static_cast<int>(c->text.size()), SQLITE_STATIC);
+                    break;
+                case Call::ScanAll:
+                    break;
+                case Call::ScanRange:
+                    sqlite3_bind_int(s, 1, c->range.field);
+                    bindBlob(s, 2, c->range.low);
+                    if (!c->range.high.empty()) bindBlob(s, 3, c->range.high);
+                    break;
+            }
+            rows += Floor::drain(s);
+        }
+        return rows;
+    }
+
+private:
+    static void bindText(sqlite3_stmt* s, int i, const std::string& v) {
+        sqlite3_bind_text(s, i, v.data(), static_cast<int>(v.size()), SQLITE_STATIC);
+    }
+    static void bindBlob(sqlite3_stmt* s, int i, const std::string& v) {
+        sqlite3_bind_blob(s, i, v.data(), static_cast<int>(v.size()), SQLITE_STATIC);
+    }
+    Floor& m_floor;
+    std::map<std::string, sqlite3_stmt*> m_statements;
+    std::vector<std::pair<const Call*, sqlite3_stmt*>> m_steps;
+};
+
+}  // namespace bench

@@ -1,0 +1,217 @@
+// The selections the screen sends, run as sentences through the database, against the SQL a developer
+// would write by hand on the same file: the index table for the narrowest condition, the other
+// conditions in SQL where the key holds them and in C++ where an attribute does, the same order.
+// On 100,000 and 1,000,000 SSIADTOURNEE records beside a demo service of 200 aidés.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+
+#include "base/text.h"
+#include "bench_support.h"
+#include "mvdb/dynamic_record.h"
+#include "mvdb/sort_key.h"
+
+namespace {
+
+constexpr int kTournees = 60;
+constexpr int kAides = 5000;
+
+// The last day of the generated history: today.
+int jourFin() {
+    return bench::today().internalDay();
+}
+
+std::string pad(long value, int width) {
+    std::string s = std::to_string(value);
+    return std::string(static_cast<std::size_t>(std::max(0, width - static_cast<int>(s.size()))), '0') + s;
+}
+
+// A service file with `records` interventions: each aidé has one a day in a tournée of its own, going
+// back as many days as it takes.
+struct Fichier {
+    bench::TempFile file;
+    base::FixedClock clock{bench::today(), 8 * 3600};
+    std::unique_ptr<mvdb::Database> db;
+
+    explicit Fichier(long records) : file("sentences-" + std::to_string(records)) {
+        bench::generateService(file.path, 200);
+        db = std::make_unique<mvdb::Database>(
+            mvdb::SqliteStore::open(file.path, mvdb::OpenMode::ExistingOnly), clock);
+        mvdb::Transaction t(*db);
+        const long present = static_cast<long>(db->store().count("SSIADTOURNEE"));
+        for (long i = present; i < records; ++i) {
+            const long aide = 1 + i % kAides;
+            const long jour = jourFin() - i / kAides;
+            const std::string heure = pad(700 + (i % 7) * 100, 4);
+            const std::string key = pad(1 + aide % kTournees, 3) + pad(aide, 5) + pad(jour, 5) + heure;
+            mvdb::DynamicRecord r;
+            r.set(1, heure);
+            r.set(2, pad(aide, 5) + "210000000011" + heure);
+            db->store().write("SSIADTOURNEE", key, r.text());
+        }
+        t.commit();
+    }
+};
+
+Fichier& fichier(long records) {
+    static std::map<long, std::unique_ptr<Fichier>> fichiers;
+    auto& f = fichiers[records];
+    if (!f) f = std::make_unique<Fichier>(records);
+    return *f;
+}
+
+long interroger(mvdb::Database& db, const std::string& file, const std::string& sentence,
+                const std::string& list) {
+    mvdb::DynamicRecord request;
+    request.set(1, sentence);
+    request.set(2, file);
+    request.set(3, list);
+    return static_cast<long>(db.Query(request.text()).DCount());
+}
+
+// Value `n` (1-based) of attribute `a` of a record's text, without building the record.
+std::string_view attribut(std::string_view text, int a) {
+    std::size_t begin = 0;
+    for (int i = 1; i < a; ++i) {
+        begin = text.find('\xFE', begin);
+        if (begin == std::string_view::npos) return {};
+        ++begin;
+    }
+    std::size_t end = text.find_first_of("\xFE\xFD", begin);
+    return text.substr(begin, end == std::string_view::npos ? std::string_view::npos : end - begin);
+}
+
+struct Selection {
+    const char* nom;
+    const char* file;
+    std::string sentence;
+    const char* list;
+    std::string sql;
+    std::vector<std::string> binds;  // the first an integer, then sort keys as blobs
+    std::size_t premierTexte;        // binds from this one on compare with text: bound as text
+    // Keeps a row the SQL could not judge; null: every row.
+    bool (*garder)(std::string_view rec);
+    // The order of rows the SQL could not give; null: the SQL's own.
+    bool (*avant)(const std::pair<std::string, std::string>&, const std::pair<std::string, std::string>&);
+};
+
+std::string indexJoin(const char* file) {
+    return std::string("SELECT m.key, m.rec FROM main.\"x_") + file + "\" AS x CROSS JOIN main.\"f_" + file +
+           "\" AS m ON m.key = x.key WHERE x.fld = ?1 AND ";
+}
+
+std::vector<Selection> selections() {
+    const std::string jour = std::to_string(jourFin() - 3);
+    const std::string accord = std::to_string(jourFin());
+    return {
+        {"tournee_by_aide_and_date",
+         "SSIADTOURNEE",
+         "SELECT SSIADTOURNEE AVEC CodeAide = \"00012\" AND AVEC DateTournee = \"" + jour + "\"",
+         "0 1 2",
+         indexJoin("SSIADTOURNEE") + "x.k = ?2 AND substr(m.key, 9, 5) = ?3 ORDER BY m.key",
+         {"1", mvdb::sortKey("00012"), jour},
+         2,
+         nullptr,
+         nullptr},
+        {"tournee_by_code_and_date_desc",
+         "SSIADTOURNEE",
+         "SELECT SSIADTOURNEE AVEC CodeTournee = \"013\" AND AVEC DateTournee <= \"" + jour +
+             "\" PAR-DECR DateTournee",
+         "0",
+         indexJoin("SSIADTOURNEE") +
+             "x.k = ?2 AND substr(m.key, 9, 5) <= ?3 ORDER BY substr(m.key, 9, 5) DESC, m.key",
+         {"0", mvdb::sortKey("013"), jour},
+         2,
+         nullptr,
+         nullptr},
+        {"accords_by_dates",
+         "SSIADACCORDS",
+         "SELECT SSIADACCORDS AVEC 1 <= \"" + accord + "\" AND AVEC 2 >= \"" + accord + "\" PAR CodeAide",
+         "0 1 2 3",
+         indexJoin("SSIADACCORDS") + "x.k >= ?2 AND x.k <= ?3 ORDER BY m.key",
+         {"1", std::string(1, mvdb::kNumberSegment), mvdb::sortKey(accord)},
+         99,
+         [](std::string_view rec) {
+             std::string_view fin = attribut(rec, 2);
+             return base::compareValues(fin, std::to_string(jourFin())) >= 0;
+         },
+         nullptr},
+        {"caracttournee_by_label_prefix",
+         "SSIADCARACTTOURNEE",
+         "SELECT SSIADCARACTTOURNEE AVEC 1 = \"SOIGNANT]\" AND AVEC 9 <> \"1\" PAR 1",
+         "0 1 10",
+         indexJoin("SSIADCARACTTOURNEE") + "x.k >= ?2 AND x.k < ?3",
+         {"0", std::string(1, mvdb::kTextSegment) + "SOIGNANT",
+          mvdb::prefixEnd(std::string(1, mvdb::kTextSegment) + "SOIGNANT")},
+         99,
+         [](std::string_view rec) { return attribut(rec, 9) != "1"; },
+         [](const std::pair<std::string, std::string>& a, const std::pair<std::string, std::string>& b) {
+             return attribut(a.second, 1) < attribut(b.second, 1);
+         }},
+    };
+}
+
+void BM_Phrase(benchmark::State& state, std::size_t which) {
+    Fichier& f = fichier(state.range(0));
+    const Selection s = selections()[which];
+    long rows = 0;
+    for (auto _ : state)
+        rows = interroger(*f.db, s.file, s.sentence, s.list);
+    state.counters["rows"] = static_cast<double>(rows);
+    state.counters["records"] = static_cast<double>(f.db->store().count("SSIADTOURNEE"));
+}
+
+void BM_SQL(benchmark::State& state, std::size_t which) {
+    Fichier& f = fichier(state.range(0));
+    const Selection s = selections()[which];
+    bench::Floor floor(f.file.path);
+    sqlite3_stmt* stmt = floor.prepare(s.sql);
+    long rows = 0;
+    std::vector<std::pair<std::string, std::string>> found;
+    for (auto _ : state) {
+        found.clear();
+        sqlite3_bind_int(stmt, 1, std::stoi(s.binds[0]));
+        for (std::size_t i = 1; i < s.binds.size(); ++i) {
+            const auto size = static_cast<int>(s.binds[i].size());
+            if (i >= s.premierTexte)
+                sqlite3_bind_text(stmt, static_cast<int>(i + 1), s.binds[i].data(), size, SQLITE_STATIC);
+            else
+                sqlite3_bind_blob(stmt, static_cast<int>(i + 1), s.binds[i].data(), size, SQLITE_STATIC);
+        }
+        while (sqlite3_step(stmt) == SQLITE_ROW) {
+            std::string_view rec(static_cast<const char*>(sqlite3_column_blob(stmt, 1)),
+                                 static_cast<std::size_t>(sqlite3_column_bytes(stmt, 1)));
+            if (s.garder && !s.garder(rec)) continue;
+            found.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0)), rec);
+        }
+        sqlite3_reset(stmt);
+        if (s.avant) std::sort(found.begin(), found.end(), s.avant);
+        rows = static_cast<long>(found.size());
+        benchmark::DoNotOptimize(found.data());
+    }
+    state.counters["rows"] = static_cast<double>(rows);
+}
+
+void registerAll() {
+    const auto all = selections();
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        for (const char* kind : {"phrase", "sql"}) {
+            auto* b = benchmark::RegisterBenchmark((std::string(kind) + "/" + all[i].nom).c_str(),
+                                                   kind[0] == 'p' ? BM_Phrase : BM_SQL, i);
+            b->ArgName("records")->Arg(100000)->Arg(1000000)->Unit(benchmark::kMicrosecond);
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    registerAll();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
