@@ -246,6 +246,12 @@ void Ctr_Zandorel::wireEvents() {
     Cmd_Ok.Click = [this] { Cmd_Ok_Click(); };
     Cmd_Sortir.Click = [this] { Cmd_Sortir_Click(); };
     Cmd_Imprimer.Click = [this] { Cmd_Imprimer_Click(); };
+
+    Cmd_Tournee.Click = [this] { Cmd_Tournee_Click(); };
+    Mnu_DossierAide.Click = [this] { Mnu_DossierAide_Click(); };
+    Mnu_ElemGestSSIAD.Click = [this] { Mnu_ElemGestSSIAD_Click(); };
+    Mnu_ProtocoleTraitement.Click = [this] { Mnu_ProtocoleTraitement_Click(); };
+    Mnu_Sommaire.Click = [this] { Mnu_Sommaire_Click(); };
 }
 
 // ---- Public members.

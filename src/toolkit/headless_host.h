@@ -58,6 +58,12 @@ public:
     int ChoosePrinter(const std::vector<std::string>& devices, const std::string& paper,
                       int& copies) override;
 
+    // Records the help asked for: page and title, in order.
+    void ShowHelp(const std::string& page, const std::string& title) override {
+        m_help.push_back({page, title});
+    }
+    const std::vector<std::pair<std::string, std::string>>& helpShown() const { return m_help; }
+
 private:
     std::deque<int> m_answers;
     std::deque<std::pair<std::string, DialogScript>> m_dialogs;
@@ -68,6 +74,7 @@ private:
     };
     std::deque<PrinterAnswer> m_printers;
     std::vector<Shown> m_shown;
+    std::vector<std::pair<std::string, std::string>> m_help;
     int m_doEvents = 0;
 };
 

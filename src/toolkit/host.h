@@ -44,6 +44,10 @@ public:
         return -1;
     }
 
+    // Opens a help page (a file name of the installed help) in a window of that title; returns at once.
+    // A host with no help shows nothing.
+    virtual void ShowHelp(const std::string& /*page*/, const std::string& /*title*/) {}
+
     // Screen.MousePointer: 0 default, 11 hourglass.
     int screenMousePointer() const { return m_screenPointer; }
     void setScreenMousePointer(int pointer) {
