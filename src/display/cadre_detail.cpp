@@ -31,7 +31,6 @@ constexpr int kCleProtocole = 3;
 // A protocole row this far from the planned start, or further, is never the nearest.
 constexpr double kEcartMaximal = 999;
 
-
 std::string entreGuillemets(std::string_view valeur) {
     return "\"" + std::string(valeur) + "\"";
 }
