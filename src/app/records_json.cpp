@@ -70,7 +70,8 @@ RecordLine recordFromJson(std::string_view line) {
     json j;
     try {
         j = json::parse(line);
-    } catch (const json::parse_error& e) {
+    } catch (const json::exception& e) {
+        // Not only syntax: a number too large for a double ("1e999") fails the parse as out_of_range.
         bad(std::string("JSON incorrect (") + e.what() + ")");
     }
     if (!j.is_object()) bad("un objet JSON est attendu");

@@ -7,6 +7,7 @@
 
 #include "base/error.h"
 #include "base/text.h"
+#include "data/gateway.h"
 #include "data/layouts.h"
 #include "model/clock.h"
 #include "model/labels.h"
@@ -119,6 +120,17 @@ void Ctr_Zandorel::Cmd_Ok_Click() {
     const std::string jour = ObjetConversion.DateInterne(std::string_view(DateAffichee));
     try {
         mvdb::Transaction transaction(database());
+        // What another planner saved of this tournée and day since the display goes too: the loaded keys
+        // alone would leave their records beside these, and the last save must win whole. The
+        // transaction holds the write lock, so nothing can come between this reading and the writes.
+        const mvdb::DynamicRecord enregistrees =
+            data::Interroger(database(),
+                             "SELECT SSIADTOURNEE AVEC CodeTournee = \"" + Txt_CodeTournee.text() +
+                                 "\" AND AVEC DateTournee = \"" + jour + "\"",
+                             data::kSSIADTOURNEE, "0");
+        for (std::int64_t i = 1; i <= enregistrees.DCount(); ++i) {
+            f.SSIADTOURNEE->Delete(enregistrees(i, 1));
+        }
         if (!TabTourneeEnregistree->text().empty()) {
             for (std::int64_t i = 1; i <= TabTourneeEnregistree->DCount(); ++i) {
                 f.SSIADTOURNEE->Delete(TabTourneeEnregistree(i, 1));
