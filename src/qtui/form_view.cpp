@@ -79,8 +79,9 @@ QWidget* FormView::makeWidget(toolkit::Control& c, QWidget* parent) {
         case toolkit::Kind::ComboBox:
             return new ComboWidget(*this, c, parent);
         case toolkit::Kind::ListBox: {
-            auto* list = new QListWidget(parent);
-            list->setFocusPolicy(Qt::NoFocus);
+            auto* list = new ListWidget(*this, c, parent);
+            // A list that is only a colour swatch takes no focus.
+            if (!c.tabStop()) list->setFocusPolicy(Qt::NoFocus);
             return list;
         }
         case toolkit::Kind::OptionButton:
@@ -199,6 +200,7 @@ void FormView::apply(toolkit::Control& c, QWidget* w, toolkit::Property p) {
         case P::List:
         case P::ListIndex:
             if (c.kind() == K::ComboBox) static_cast<ComboWidget*>(w)->mirror();
+            if (c.kind() == K::ListBox) static_cast<ListWidget*>(w)->mirror();
             break;
         case P::Value:
         case P::Range:

@@ -235,6 +235,35 @@ void MultiLineWidget::focusInEvent(QFocusEvent* e) {
     if (e->reason() == Qt::MouseFocusReason) m_view.forward([&] { toolkit::input::focus(m_control); });
 }
 
+ListWidget::ListWidget(FormView& view, toolkit::Control& control, QWidget* parent) : QListWidget(parent) {
+    connect(this, &QListWidget::currentRowChanged, this, [this, &view, &control](int row) {
+        if (m_mirroring) return;
+        view.forward([&] { static_cast<toolkit::ListControl&>(control).setListIndex(row); });
+        mirror();
+    });
+    connect(this, &QListWidget::itemDoubleClicked, this, [&view, &control](QListWidgetItem*) {
+        view.forward([&] {
+            if (control.DblClick) control.DblClick();
+        });
+    });
+    m_control = &control;
+}
+
+void ListWidget::mirror() {
+    auto& list = static_cast<toolkit::ListControl&>(*m_control);
+    m_mirroring = true;
+    if (count() != list.listCount()) {
+        clear();
+        for (const std::string& item : list.items())
+            addItem(QString::fromStdString(item));
+    } else {
+        for (int i = 0; i < count(); ++i)
+            item(i)->setText(QString::fromStdString(list.list(i)));
+    }
+    setCurrentRow(list.listIndex());
+    m_mirroring = false;
+}
+
 ComboWidget::ComboWidget(FormView& view, toolkit::Control& control, QWidget* parent)
     : QComboBox(parent), m_view(view), m_control(control) {
     setEditable(true);

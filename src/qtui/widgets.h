@@ -103,6 +103,18 @@ private:
     toolkit::Control& m_control;
 };
 
+// A list box: its items and selection are the model's; a click selects through the model, which fires
+// Click, and a double click fires DblClick.
+class ListWidget : public QListWidget {
+public:
+    ListWidget(FormView& view, toolkit::Control& control, QWidget* parent);
+    void mirror();
+
+private:
+    toolkit::Control* m_control = nullptr;
+    bool m_mirroring = false;
+};
+
 class ComboWidget : public QComboBox {
 public:
     ComboWidget(FormView& view, toolkit::Control& control, QWidget* parent);
