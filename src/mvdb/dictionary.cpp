@@ -1,7 +1,9 @@
 #include "mvdb/dictionary.h"
 
 #include <algorithm>
+#include <iterator>
 
+#include "base/error.h"
 #include "base/text.h"
 #include "mvdb/dynamic_record.h"
 #include "mvdb/sort_key.h"
@@ -135,6 +137,35 @@ std::vector<IndexEntry> indexEntries(const FileDictionary& dictionary, std::stri
     std::sort(entries.begin(), entries.end());
     entries.erase(std::unique(entries.begin(), entries.end()), entries.end());
     return entries;
+}
+
+IndexChanges indexChanges(const FileDictionary& dictionary, std::string_view key, const std::string* oldText,
+                          const std::string* newText) {
+    std::vector<IndexEntry> before =
+        oldText ? indexEntries(dictionary, key, *oldText) : std::vector<IndexEntry>{};
+    std::vector<IndexEntry> after =
+        newText ? indexEntries(dictionary, key, *newText) : std::vector<IndexEntry>{};
+    IndexChanges changes;
+    std::set_difference(before.begin(), before.end(), after.begin(), after.end(),
+                        std::back_inserter(changes.gone));
+    std::set_difference(after.begin(), after.end(), before.begin(), before.end(),
+                        std::back_inserter(changes.added));
+    return changes;
+}
+
+void checkKey(const std::string& file, const std::string& key) {
+    if (key.empty()) throw base::Error(base::codes::kBadData, "Écriture dans " + file + " : clé vide");
+    if (key.find_first_of("\xFC\xFD\xFE") != std::string::npos) {
+        throw base::Error(base::codes::kBadData,
+                          "Écriture dans " + file + " : la clé contient un séparateur");
+    }
+}
+
+void checkNewFileName(const std::string& file) {
+    if (!isValidFileName(file)) {
+        throw base::Error(base::codes::kUnknownFile,
+                          "Nom de fichier incorrect : « " + file + " » (lettres, chiffres et _ seulement)");
+    }
 }
 
 const FileDictionary& dictionaryFor(std::string_view file) {

@@ -66,6 +66,20 @@ struct IndexEntry {
 std::vector<IndexEntry> indexEntries(const FileDictionary& dictionary, std::string_view key,
                                      std::string_view wholeText);
 
+// What a change of one record does to its file's indexes: the entries to remove and those to add. A
+// null text stands for no record. Rewriting a record usually changes none.
+struct IndexChanges {
+    std::vector<IndexEntry> gone, added;
+};
+IndexChanges indexChanges(const FileDictionary& dictionary, std::string_view key, const std::string* oldText,
+                          const std::string* newText);
+
+// Fails with kBadData, naming the file, for a key no store may hold: empty, or holding a mark.
+void checkKey(const std::string& file, const std::string& key);
+
+// Fails with kUnknownFile for a name no file may have (see isValidFileName).
+void checkNewFileName(const std::string& file);
+
 // The dictionary of a file; a file the service does not describe gets an empty one.
 const FileDictionary& dictionaryFor(std::string_view file);
 

@@ -294,10 +294,7 @@ bool SqliteStore::hasFile(const std::string& file) {
 
 void SqliteStore::createFile(const std::string& file) {
     if (hasFile(file)) return;
-    if (!isValidFileName(file)) {
-        throw base::Error(base::codes::kUnknownFile,
-                          "Nom de fichier incorrect : « " + file + " » (lettres, chiffres et _ seulement)");
-    }
+    checkNewFileName(file);
     const FileDictionary& d = dictionaryFor(file);
     WriteScope scope(*this, false);
     createTables(file, false);
@@ -319,14 +316,8 @@ std::optional<std::string> SqliteStore::read(const std::string& file, const std:
 
 void SqliteStore::updateIndexEntries(const FileInfo& fi, const std::string& key, const std::string* oldText,
                                      const std::string* newText) {
-    std::vector<IndexEntry> before =
-        oldText ? indexEntries(*fi.dictionary, key, *oldText) : std::vector<IndexEntry>{};
-    std::vector<IndexEntry> after =
-        newText ? indexEntries(*fi.dictionary, key, *newText) : std::vector<IndexEntry>{};
-    // Only the entries that change are touched: rewriting a record usually changes none.
-    std::vector<IndexEntry> gone, added;
-    std::set_difference(before.begin(), before.end(), after.begin(), after.end(), std::back_inserter(gone));
-    std::set_difference(after.begin(), after.end(), before.begin(), before.end(), std::back_inserter(added));
+    // Only the entries that change are touched.
+    const auto [gone, added] = indexChanges(*fi.dictionary, key, oldText, newText);
     if (!gone.empty()) {
         Statement s(*this, "DELETE FROM " + fi.indexTable + " WHERE fld = ?1 AND k = ?2 AND key = ?3");
         for (const IndexEntry& e : gone) {
@@ -345,11 +336,7 @@ void SqliteStore::updateIndexEntries(const FileInfo& fi, const std::string& key,
 
 void SqliteStore::write(const std::string& file, const std::string& key, const std::string& text) {
     const FileInfo& fi = info(file);
-    if (key.empty()) throw base::Error(base::codes::kBadData, "Écriture dans " + file + " : clé vide");
-    if (key.find_first_of("\xFC\xFD\xFE") != std::string::npos) {
-        throw base::Error(base::codes::kBadData,
-                          "Écriture dans " + file + " : la clé contient un séparateur");
-    }
+    checkKey(file, key);
     WriteScope scope(*this, fi.scratch);
     if (isIndexed(fi)) {
         std::optional<std::string> old = read(file, key);
