@@ -22,6 +22,7 @@
 #include "base/date.h"
 #include "mvdb/database.h"
 #include "mvdb/dictionary.h"
+#include "mvdb/forwarding_store.h"
 #include "mvdb/sqlite_store.h"
 #include "mvdb/store.h"
 
@@ -70,51 +71,38 @@ struct Call {
 };
 
 // Passes everything to the real store and, while recording, keeps each read, write, delete and scan.
-class RecordingStore : public mvdb::Store {
+class RecordingStore : public mvdb::ForwardingStore {
 public:
-    explicit RecordingStore(std::unique_ptr<mvdb::Store> inner) : m_inner(std::move(inner)) {}
+    using ForwardingStore::ForwardingStore;
 
     bool recording = false;
     std::vector<Call> calls;
 
-    std::vector<std::string> fileNames() override { return m_inner->fileNames(); }
-    bool hasFile(const std::string& f) override { return m_inner->hasFile(f); }
-    void createFile(const std::string& f) override { m_inner->createFile(f); }
     std::optional<std::string> read(const std::string& f, const std::string& k) override {
         keep({Call::Read, f, k, {}, {}});
-        return m_inner->read(f, k);
+        return ForwardingStore::read(f, k);
     }
     void write(const std::string& f, const std::string& k, const std::string& t) override {
         keep({Call::Write, f, k, t, {}});
-        m_inner->write(f, k, t);
+        ForwardingStore::write(f, k, t);
     }
     void remove(const std::string& f, const std::string& k) override {
         keep({Call::Remove, f, k, {}, {}});
-        m_inner->remove(f, k);
+        ForwardingStore::remove(f, k);
     }
     void scanAll(const std::string& f, const mvdb::RecordVisitor& v) override {
         keep({Call::ScanAll, f, {}, {}, {}});
-        m_inner->scanAll(f, v);
+        ForwardingStore::scanAll(f, v);
     }
     void scanRange(const std::string& f, const mvdb::KeyRange& r, const mvdb::RecordVisitor& v) override {
         keep({Call::ScanRange, f, {}, {}, r});
-        m_inner->scanRange(f, r, v);
+        ForwardingStore::scanRange(f, r, v);
     }
-    std::size_t count(const std::string& f) override { return m_inner->count(f); }
-    std::vector<std::string> explainScan(const std::string& f,
-                                         const std::optional<mvdb::KeyRange>& r) override {
-        return m_inner->explainScan(f, r);
-    }
-    void begin() override { m_inner->begin(); }
-    void commit() override { m_inner->commit(); }
-    void rollback() override { m_inner->rollback(); }
-    bool inTransaction() const override { return m_inner->inTransaction(); }
 
 private:
     void keep(Call call) {
         if (recording) calls.push_back(std::move(call));
     }
-    std::unique_ptr<mvdb::Store> m_inner;
 };
 
 // The calls by kind and file, on stderr: where a routine's reads go.
