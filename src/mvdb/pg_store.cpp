@@ -98,9 +98,18 @@ void PgStore::configure(const std::string& schema, OpenMode mode) {
     m_db.exec("SET client_encoding = 'UTF8'");
     // As long as the embedded store waits for another planner's commit.
     m_db.exec("SET lock_timeout = '10s'");
-    std::string name = schema.empty()
-                           ? m_db.run("SELECT coalesce(current_schema(), '')", {}, "schéma courant")[0][0]
-                           : schema;
+    // Without a schema named by the caller, the service lives in the connection's current schema: the
+    // first of its search_path that exists, or, for a new service, the first one named there
+    // (options=-csearch_path%3Dname in the address), made below.
+    std::string name = schema;
+    if (name.empty()) {
+        pg::Row current = m_db.run(
+            "SELECT coalesce(current_schema(), ''), "
+            "replace(trim(both ' \"' from split_part(current_setting('search_path'), ',', 1)), '$user', "
+            "current_user)",
+            {}, "schéma courant")[0];
+        name = !current[0].empty() || mode == OpenMode::ExistingOnly ? current[0] : current[1];
+    }
     if (name.empty()) {
         throw base::Error(base::codes::kStorage,
                           "La base " + m_db.name() + " n'a aucun schéma où ranger les fichiers");

@@ -13,6 +13,7 @@
 #include "base/error.h"
 #include "mvdb/open_store.h"
 #include "support/memory_database.h"
+#include "support/pg_service.h"
 
 // The behaviours every store owes the database, run on the embedded store and, when ZANDOREL_TEST_PG
 // names a server (scripts/with_postgres.sh starts one), on PostgreSQL.
@@ -26,18 +27,12 @@ void PrintTo(Kind kind, std::ostream* out) {
     *out << (kind == Kind::Pg ? "PostgreSQL" : "SQLite");
 }
 
-std::string testServer() {
-    const char* url = std::getenv("ZANDOREL_TEST_PG");
-    return url ? url : "";
-}
+using testing_support::pgTestServer;
 
 // A name of this test alone, fit for a schema or a file: parallel runs never share a service.
 std::string ownName() {
     const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = "zt_" + std::to_string(::getpid()) + "_" + info->name();
-    for (char& c : name)
-        c = std::isalnum(static_cast<unsigned char>(c)) ? static_cast<char>(std::tolower(c)) : '_';
-    return name;
+    return testing_support::pgSchemaName("zt_" + std::to_string(::getpid()) + "_" + info->name());
 }
 
 std::string errorOf(const std::function<void()>& call) {
@@ -98,24 +93,25 @@ protected:
         m_name = ownName();
         m_path = fs::temp_directory_path() / (m_name + ".db");
         if (GetParam() == Kind::Pg) {
-            if (testServer().empty()) {
+            if (pgTestServer().empty()) {
                 GTEST_SKIP() << "ZANDOREL_TEST_PG is not set: run the tests under scripts/with_postgres.sh "
                                 "to try the PostgreSQL store";
             }
-            mvdb::PgStore::dropSchema(testServer(), m_name);
+            mvdb::PgStore::dropSchema(pgTestServer(), m_name);
         }
         m.db = std::make_shared<mvdb::Database>(open(), m.clock);
         m.faults = nullptr;
     }
     void TearDown() override {
         m.db.reset();
-        if (GetParam() == Kind::Pg && !testServer().empty()) mvdb::PgStore::dropSchema(testServer(), m_name);
+        if (GetParam() == Kind::Pg && !pgTestServer().empty())
+            mvdb::PgStore::dropSchema(pgTestServer(), m_name);
         for (const char* suffix : {"", "-wal", "-shm"})
             fs::remove(m_path.string() + suffix);
     }
     // Another connection to this test's service, as a second planner or a restart would make.
     std::unique_ptr<mvdb::Store> open(mvdb::OpenMode mode = mvdb::OpenMode::CreateIfMissing) {
-        if (GetParam() == Kind::Pg) return mvdb::PgStore::open(testServer(), mode, m_name);
+        if (GetParam() == Kind::Pg) return mvdb::PgStore::open(pgTestServer(), mode, m_name);
         return mvdb::SqliteStore::open(m_path.string(), mode);
     }
     mvdb::Store& store() { return m.db->store(); }
@@ -279,29 +275,39 @@ TEST(OpenStore, TheDbTextChoosesTheStore) {
 class PgStoreTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (testServer().empty())
+        if (pgTestServer().empty())
             GTEST_SKIP() << "ZANDOREL_TEST_PG is not set: run under scripts/with_postgres.sh";
-        mvdb::PgStore::dropSchema(testServer(), ownName());
+        mvdb::PgStore::dropSchema(pgTestServer(), ownName());
     }
     void TearDown() override {
-        if (!testServer().empty()) mvdb::PgStore::dropSchema(testServer(), ownName());
+        if (!pgTestServer().empty()) mvdb::PgStore::dropSchema(pgTestServer(), ownName());
     }
     // The test server, with a setting of the session added to the connection text.
     static std::string withSetting(const std::string& setting) {
-        std::string url = testServer();
+        std::string url = pgTestServer();
         return url + (url.find('?') == std::string::npos ? "?" : "&") + "options=-c%20" + setting;
     }
 };
 
 TEST_F(PgStoreTest, AServiceMustExistToBeOpenedAsExisting) {
     std::string message =
-        errorOf([] { mvdb::PgStore::open(testServer(), mvdb::OpenMode::ExistingOnly, ownName()); });
+        errorOf([] { mvdb::PgStore::open(pgTestServer(), mvdb::OpenMode::ExistingOnly, ownName()); });
     EXPECT_EQ(message.rfind("Base de données introuvable : ", 0), 0u) << message;
+}
+
+// A service of its own per address: the schema the address puts first in its search_path.
+TEST_F(PgStoreTest, TheAddressNamesTheSchemaOfItsServiceAndANewOneIsMade) {
+    const std::string address = testing_support::pgServiceAddress(pgTestServer(), ownName());
+    std::string message = errorOf([&] { mvdb::openStore(address, mvdb::OpenMode::ExistingOnly); });
+    EXPECT_NE(message.find(" n'a aucun schéma où ranger les fichiers"), std::string::npos) << message;
+    mvdb::openStore(address, mvdb::OpenMode::CreateIfMissing)->write("CIVILAIDE", "00001", "dans le schéma");
+    auto named = mvdb::PgStore::open(pgTestServer(), mvdb::OpenMode::ExistingOnly, ownName());
+    EXPECT_EQ(named->read("CIVILAIDE", "00001"), std::optional<std::string>("dans le schéma"));
 }
 
 // The server ends sessions left idle past a limit: the next statement finds the connection gone.
 TEST_F(PgStoreTest, ALostConnectionSaysSoAndLosesTheUnfinishedTransaction) {
-    mvdb::PgStore::open(testServer(), mvdb::OpenMode::CreateIfMissing, ownName());
+    mvdb::PgStore::open(pgTestServer(), mvdb::OpenMode::CreateIfMissing, ownName());
     auto store = mvdb::PgStore::open(withSetting("idle_in_transaction_session_timeout%3D300"),
                                      mvdb::OpenMode::ExistingOnly, ownName());
     store->begin();
@@ -311,7 +317,7 @@ TEST_F(PgStoreTest, ALostConnectionSaysSoAndLosesTheUnfinishedTransaction) {
     EXPECT_EQ(message.rfind("La connexion au serveur PostgreSQL de la base ", 0), 0u) << message;
     EXPECT_NE(message.find(" est perdue : "), std::string::npos) << message;
     EXPECT_NO_THROW(store->rollback());
-    auto again = mvdb::PgStore::open(testServer(), mvdb::OpenMode::ExistingOnly, ownName());
+    auto again = mvdb::PgStore::open(pgTestServer(), mvdb::OpenMode::ExistingOnly, ownName());
     EXPECT_EQ(again->read("CIVILAIDE", "00001"), std::nullopt);
 }
 
@@ -332,7 +338,7 @@ Keys wholeTableReads(const std::vector<std::string>& plan) {
 TEST_F(PgStoreTest, NoSentenceOfTheScreenReadsAFileWhole) {
     testing_support::MemoryDatabase m;
     m.db = std::make_shared<mvdb::Database>(
-        mvdb::PgStore::open(testServer(), mvdb::OpenMode::CreateIfMissing, ownName()), m.clock);
+        mvdb::PgStore::open(pgTestServer(), mvdb::OpenMode::CreateIfMissing, ownName()), m.clock);
     m.faults = nullptr;
     for (const char* sentence : kScreenSentences) {
         SCOPED_TRACE(sentence);

@@ -1,4 +1,5 @@
-// Plays every scenario of this folder through `zandorel play` (in process) and checks its expectations.
+// Plays every scenario of this folder through `zandorel play` (in process) and checks its expectations,
+// on a fresh SQLite file and, when ZANDOREL_TEST_PG names a server, on a fresh PostgreSQL schema.
 //
 // A scenario is a script for the runner, with lines for this harness:
 //   #! demo today=23/11/2026 [aides=40] [seed=1] [history=60]   the service to play on (a fresh database)
@@ -22,6 +23,8 @@
 #include "app/demo_data.h"
 #include "app/play.h"
 #include "base/clock.h"
+#include "mvdb/pg_store.h"
+#include "support/pg_service.h"
 
 namespace {
 
@@ -106,22 +109,63 @@ void prepare(const Scenario& s, const fs::path& folder, const std::string& db) {
     }
 }
 
-class ScenarioTest : public ::testing::TestWithParam<fs::path> {};
+enum class Store { Sqlite, Pg };
+
+struct Case {
+    Store store;
+    fs::path path;
+};
+void PrintTo(const Case& c, std::ostream* out) {
+    *out << (c.store == Store::Pg ? "PostgreSQL " : "SQLite ") << c.path.filename().string();
+}
+
+// The database a scenario plays on, made empty before and removed after.
+class Service {
+public:
+    Service(Store store, const std::string& name) : m_store(store) {
+        const std::string own =
+            testing_support::pgSchemaName("zs_" + std::to_string(::getpid()) + "_" + name);
+        if (store == Store::Pg) {
+            m_address = testing_support::pgServiceAddress(testing_support::pgTestServer(), own);
+            mvdb::PgStore::dropSchema(testing_support::pgTestServer(), own);
+            m_schema = own;
+        } else {
+            m_address = (fs::temp_directory_path() / (own + ".db")).string();
+            fs::remove(m_address);
+        }
+    }
+    ~Service() {
+        if (m_store == Store::Pg) {
+            mvdb::PgStore::dropSchema(testing_support::pgTestServer(), m_schema);
+        } else {
+            for (const char* suffix : {"", "-wal", "-shm"})
+                fs::remove(m_address + suffix);
+        }
+    }
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
+    const std::string& address() const { return m_address; }
+
+private:
+    Store m_store;
+    std::string m_address, m_schema;
+};
+
+class ScenarioTest : public ::testing::TestWithParam<Case> {};
 
 TEST_P(ScenarioTest, PlaysAsExpected) {
-    const fs::path path = GetParam();
+    const fs::path path = GetParam().path;
+    if (GetParam().store == Store::Pg && testing_support::pgTestServer().empty())
+        GTEST_SKIP()
+            << "ZANDOREL_TEST_PG is not set: run under scripts/with_postgres.sh to play on PostgreSQL";
     Scenario s = readScenario(path);
-    std::string db = (fs::temp_directory_path() / ("zandorel-scenario-" + path.stem().string() + "-" +
-                                                   std::to_string(::getpid()) + ".db"))
-                         .string();
-    fs::remove(db);
+    Service service(GetParam().store, path.stem().string());
+    const std::string& db = service.address();
     prepare(s, path.parent_path(), db);
 
     std::istringstream script(s.script);
     std::ostringstream out, err;
     int code = app::runPlay({db, ""}, script, out, err);
-    for (const char* suffix : {"", "-wal", "-shm"})
-        fs::remove(db + suffix);
     EXPECT_EQ(code, s.exitCode) << err.str();
 
     std::vector<json> dumps;
@@ -149,18 +193,24 @@ TEST_P(ScenarioTest, PlaysAsExpected) {
     }
 }
 
-std::vector<fs::path> scenarios() {
-    std::vector<fs::path> out;
+std::vector<Case> scenarios() {
+    std::vector<fs::path> paths;
     for (const auto& entry : fs::directory_iterator(ZANDOREL_SCENARIOS)) {
-        if (entry.path().extension() == ".play") out.push_back(entry.path());
+        if (entry.path().extension() == ".play") paths.push_back(entry.path());
     }
-    std::sort(out.begin(), out.end());
+    std::sort(paths.begin(), paths.end());
+    std::vector<Case> out;
+    for (Store store : {Store::Sqlite, Store::Pg}) {
+        for (const fs::path& path : paths)
+            out.push_back({store, path});
+    }
     return out;
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, ScenarioTest, ::testing::ValuesIn(scenarios()),
-                         [](const ::testing::TestParamInfo<fs::path>& info) {
-                             std::string name = info.param.stem().string();
+                         [](const ::testing::TestParamInfo<Case>& info) {
+                             std::string name = (info.param.store == Store::Pg ? "PostgreSQL_" : "SQLite_") +
+                                                info.param.path.stem().string();
                              for (char& c : name) {
                                  if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
                              }
