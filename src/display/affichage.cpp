@@ -3,11 +3,13 @@
 // The display command. It turns the choice of a tournée and a date into labels, and is the one routine
 // that makes items of Etq_Aide: the pane builders only fill the tables.
 #include <cstdint>
+#include <optional>
 
 #include "base/text.h"
 #include "data/layouts.h"
 #include "model/clock.h"
 #include "model/labels.h"
+#include "mvdb/database.h"
 #include "toolkit/host.h"
 
 namespace control {
@@ -66,6 +68,11 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
         viderDefilement(*this);
     }
 
+    // The panes are built from several queries: they must all see one state of the database, or a
+    // tournée another planner validates meanwhile would show partly old and partly new.
+    std::optional<mvdb::ConsistentRead> lecture;
+    if (Mod.fichiers.TheDatabase) lecture.emplace(*Mod.fichiers.TheDatabase);
+
     // 3. The anomaly list belongs to the day on show.
     TabTempoDetail.renew();
     TabAnomalies.renew();
@@ -75,6 +82,7 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
         // 4. JourneeAffichee and the caption of Cmd_Sortir stay as they were.
         SansTournee = true;
         CadreAideSansTournee();
+        lecture.reset();
         if (!TabTempoAide->text().empty()) {
             creerEtiquettesAide(*this);
         } else {
@@ -104,6 +112,7 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
     }
 
     // 9.
+    lecture.reset();
     finCommandeLongue();
 
     // 10. Over a finished screen, enabled.

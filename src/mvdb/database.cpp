@@ -95,6 +95,18 @@ void Database::rollbackTransaction() {
     m_store->rollback();
 }
 
+ConsistentRead::ConsistentRead(Database& database) : m_store(database.store()) {
+    m_store.beginRead();
+}
+
+ConsistentRead::~ConsistentRead() {
+    try {
+        m_store.endRead();
+    } catch (const base::Error&) {
+        // The reads are done; a read transaction that cannot end cleanly was undone by the store.
+    }
+}
+
 Transaction::~Transaction() {
     if (m_done) return;
     try {

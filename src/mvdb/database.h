@@ -80,6 +80,18 @@ private:
     std::map<std::string, ServerRoutine> m_programs;
 };
 
+// Holds one view of the database for the reads of a scope (see Store::beginRead).
+class ConsistentRead {
+public:
+    explicit ConsistentRead(Database& database);
+    ~ConsistentRead();
+    ConsistentRead(const ConsistentRead&) = delete;
+    ConsistentRead& operator=(const ConsistentRead&) = delete;
+
+private:
+    Store& m_store;
+};
+
 // Holds a transaction for a scope: rolled back unless committed.
 class Transaction {
 public:

@@ -34,6 +34,8 @@ public:
     void commit() override { m_inner->commit(); }
     void rollback() override { m_inner->rollback(); }
     bool inTransaction() const override { return m_inner->inTransaction(); }
+    void beginRead() override { m_inner->beginRead(); }
+    void endRead() override { m_inner->endRead(); }
 
 private:
     std::unique_ptr<Store> m_inner;

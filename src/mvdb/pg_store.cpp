@@ -47,7 +47,9 @@ std::function<bool(const pg::Row&)> records(const RecordVisitor& visit) {
 // its own. Changes to work files take no write lock: no other planner can see them.
 class PgStore::WriteScope {
 public:
-    WriteScope(PgStore& store, bool scratch) : m_store(store), m_nested(store.m_inTransaction) {
+    WriteScope(PgStore& store, bool scratch) : m_store(store), m_nested(false) {
+        if (!scratch) m_store.endSnapshot();
+        m_nested = m_store.m_inTransaction || m_store.m_snapshot;
         m_store.m_db.exec(m_nested ? "SAVEPOINT zd_write" : "BEGIN");
         if (m_nested || scratch) return;
         try {
@@ -368,6 +370,7 @@ std::vector<std::string> PgStore::explainScan(const std::string& file, const std
 
 void PgStore::begin() {
     if (m_inTransaction) throw base::Error(base::codes::kStorage, "Une transaction est déjà ouverte");
+    endSnapshot();
     m_db.exec("BEGIN");
     try {
         lockForWriting();
@@ -390,6 +393,24 @@ void PgStore::rollback() {
     // A lost connection took its transaction with it: the server has undone it already.
     if (m_db.lost()) return;
     m_db.exec("ROLLBACK");
+}
+
+void PgStore::beginRead() {
+    if (m_readers++ > 0 || m_inTransaction) return;
+    // Repeatable read: one snapshot for every statement until the end, taken at the first.
+    m_db.exec("BEGIN ISOLATION LEVEL REPEATABLE READ");
+    m_snapshot = true;
+}
+
+void PgStore::endRead() {
+    if (m_readers > 0 && --m_readers == 0) endSnapshot();
+}
+
+void PgStore::endSnapshot() {
+    if (!m_snapshot) return;
+    m_snapshot = false;
+    // Only work files can have changed inside; they are kept. A lost connection ended it already.
+    if (!m_db.lost()) m_db.exec("COMMIT");
 }
 
 }  // namespace mvdb

@@ -50,6 +50,8 @@ public:
     void commit() override;
     void rollback() override;
     bool inTransaction() const override { return m_inTransaction; }
+    void beginRead() override;
+    void endRead() override;
 
 private:
     struct FileInfo {
@@ -60,6 +62,8 @@ private:
         bool scratch = false;
     };
     class WriteScope;
+    // Ends the read transaction of beginRead, if one is open; later reads see the newest records.
+    void endSnapshot();
 
     explicit PgStore(const std::string& connection);
     void configure(const std::string& schema, OpenMode mode);
@@ -82,6 +86,8 @@ private:
     std::int64_t m_lockKey = 0;
     std::map<std::string, FileInfo> m_files;
     bool m_inTransaction = false;
+    int m_readers = 0;        // beginRead calls not yet ended
+    bool m_snapshot = false;  // a read transaction is open for them
 };
 
 }  // namespace mvdb

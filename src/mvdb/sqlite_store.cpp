@@ -83,8 +83,9 @@ private:
 // its own. Changes to work files take no write lock on the shared database.
 class SqliteStore::WriteScope {
 public:
-    WriteScope(SqliteStore& store, bool scratch)
-        : m_store(store), m_nested(store.m_inTransaction || scratch) {
+    WriteScope(SqliteStore& store, bool scratch) : m_store(store), m_nested(scratch) {
+        if (!scratch) m_store.endSnapshot();
+        m_nested = m_nested || m_store.m_inTransaction;
         m_store.exec(m_nested ? "SAVEPOINT zd_write" : "BEGIN IMMEDIATE");
     }
     ~WriteScope() {
@@ -128,7 +129,7 @@ SqliteStore::SqliteStore(sqlite3* db, std::string path) : m_db(db), m_path(std::
 SqliteStore::~SqliteStore() {
     for (auto& [sql, stmt] : m_statements)
         sqlite3_finalize(stmt);
-    if (m_inTransaction) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    if (m_inTransaction || m_snapshot) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
     sqlite3_close(m_db);
 }
 
@@ -420,6 +421,7 @@ std::vector<std::string> SqliteStore::explainScan(const std::string& file,
 
 void SqliteStore::begin() {
     if (m_inTransaction) throw base::Error(base::codes::kStorage, "Une transaction est déjà ouverte");
+    endSnapshot();
     exec("BEGIN IMMEDIATE");
     m_inTransaction = true;
 }
@@ -434,6 +436,29 @@ void SqliteStore::rollback() {
     if (!m_inTransaction) return;
     m_inTransaction = false;
     exec("ROLLBACK");
+}
+
+void SqliteStore::beginRead() {
+    if (m_readers++ > 0 || m_inTransaction) return;
+    // Deferred: in WAL mode the first read fixes the snapshot and no writer is ever kept waiting.
+    exec("BEGIN");
+    m_snapshot = true;
+}
+
+void SqliteStore::endRead() {
+    if (m_readers > 0 && --m_readers == 0) endSnapshot();
+}
+
+void SqliteStore::endSnapshot() {
+    if (!m_snapshot) return;
+    m_snapshot = false;
+    // Only work files can have changed inside; they are kept.
+    try {
+        exec("COMMIT");
+    } catch (const base::Error&) {
+        sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+        throw;
+    }
 }
 
 }  // namespace mvdb

@@ -44,6 +44,8 @@ public:
     void commit() override;
     void rollback() override;
     bool inTransaction() const override { return m_inTransaction; }
+    void beginRead() override;
+    void endRead() override;
 
 private:
     struct FileInfo {
@@ -54,6 +56,8 @@ private:
     };
     class Statement;
     class WriteScope;
+    // Ends the read transaction of beginRead, if one is open; later reads see the newest records.
+    void endSnapshot();
 
     SqliteStore(sqlite3* db, std::string path);
     void configure(bool isNew);
@@ -77,6 +81,8 @@ private:
     std::map<std::string, FileInfo> m_files;
     std::unordered_map<std::string, sqlite3_stmt*> m_statements;
     bool m_inTransaction = false;
+    int m_readers = 0;        // beginRead calls not yet ended
+    bool m_snapshot = false;  // a read transaction is open for them
 };
 
 }  // namespace mvdb

@@ -54,6 +54,13 @@ public:
     virtual void commit() = 0;
     virtual void rollback() = 0;
     virtual bool inTransaction() const = 0;
+
+    // Reads that must agree with one another, such as the queries of one display: from beginRead to
+    // endRead every read sees the database as it was at one moment, whatever other planners commit
+    // meanwhile. Changes to work files stay inside; a change to a shared file, or begin, ends the moment
+    // first, since a change always works on the newest records. Calls nest; the outermost pair counts.
+    virtual void beginRead() = 0;
+    virtual void endRead() = 0;
 };
 
 }  // namespace mvdb

@@ -227,6 +227,45 @@ TEST_P(StoreBehaviour, RollbackLeavesEveryRecordAndIndexAsItWas) {
     EXPECT_EQ(open()->read("SSIADTOURNEE", "00100012215110900").has_value(), true);
 }
 
+// A display reads with several queries while another planner may validate the same tournée.
+TEST_P(StoreBehaviour, ReadsOfAConsistentReadSeeOneMomentAndWritesEndIt) {
+    m.put("SSIADTOURNEE", "00100012215110750", {"0800", "P1"});
+    const auto sentence = "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\"";
+    auto other = open(mvdb::OpenMode::ExistingOnly);
+    auto validate = [&](const std::string& from, const std::string& to) {
+        other->begin();
+        other->remove("SSIADTOURNEE", from);
+        other->write("SSIADTOURNEE", to, "0950\xfeP1");
+        other->commit();
+    };
+    {
+        mvdb::ConsistentRead outer(*m.db);
+        mvdb::ConsistentRead inner(*m.db);
+        EXPECT_EQ(m.keys("SSIADTOURNEE", sentence), Keys{"00100012215110750"});
+        validate("00100012215110750", "00100012215110900");
+        store().write("TPSTEMPO", "WORK", "scratch");
+        EXPECT_EQ(m.keys("SSIADTOURNEE", sentence), Keys{"00100012215110750"})
+            << "a work file keeps the view";
+        EXPECT_EQ(store().read("SSIADTOURNEE", "00100012215110900"), std::nullopt);
+        EXPECT_EQ(store().read("TPSTEMPO", "WORK"), "scratch");
+    }
+    EXPECT_EQ(m.keys("SSIADTOURNEE", sentence), Keys{"00100012215110900"});
+    EXPECT_EQ(store().read("TPSTEMPO", "WORK"), "scratch") << "work records outlive the view";
+
+    // A change inside works on the newest records, never on the view, and is never refused as stale.
+    mvdb::ConsistentRead read(*m.db);
+    EXPECT_EQ(m.keys("SSIADTOURNEE", sentence), Keys{"00100012215110900"});
+    validate("00100012215110900", "00100012215111000");
+    {
+        mvdb::Transaction t(*m.db);
+        store().remove("SSIADTOURNEE", "00100012215111000");
+        m.put("SSIADTOURNEE", "00100012215111100", {"1150", "P1"});
+        t.commit();
+    }
+    EXPECT_EQ(other->read("SSIADTOURNEE", "00100012215111000"), std::nullopt);
+    EXPECT_EQ(m.keys("SSIADTOURNEE", sentence), Keys{"00100012215111100"});
+}
+
 TEST_P(StoreBehaviour, AnswersTheScreensSentencesAsTheEmbeddedStore) {
     testing_support::MemoryDatabase reference;
     putService(reference);
