@@ -1,10 +1,13 @@
 // Planners under faults: a planner killed at random moments while it validates tournées, and two
-// planners validating on one database file at once. Each planner is the real control, headless,
-// on its own connection: it shows a tournée, moves every label of pane "DETAIL" and presses "OK".
+// planners validating on one database at once. Each planner is the real control, headless, on its
+// own connection: it shows a tournée, moves every label of pane "DETAIL" and presses "OK".
 //
-//   planner_stress crash DIR KILLS [SEED]       one planner killed KILLS times with SIGKILL
-//   planner_stress planners DIR COMMITS SAME    two planners: COMMITS each on their own tournée, then
+//   planner_stress crash WHERE KILLS [SEED]     one planner killed KILLS times with SIGKILL
+//   planner_stress planners WHERE COMMITS SAME  two planners: COMMITS each on their own tournée, then
 //                                               SAME each on one tournée
+//
+// WHERE is a folder, for a database file of SQLite, or the address of a PostgreSQL server
+// (postgresql://...), where the run makes a schema of its own and drops it at the end.
 //
 // Exit 0 when every check held; otherwise the first broken check on stderr and exit 1.
 #include <signal.h>
@@ -29,9 +32,11 @@
 #include "model/labels.h"
 #include "mvdb/database.h"
 #include "mvdb/dynamic_record.h"
-#include "mvdb/sqlite_store.h"
+#include "mvdb/open_store.h"
+#include "mvdb/pg_store.h"
 #include "shell/ctr_zandorel.h"
 #include "shell/droits.h"
+#include "support/pg_service.h"
 #include "toolkit/headless_host.h"
 
 namespace {
@@ -70,10 +75,43 @@ void put(mvdb::Store& store, const std::string& file, const std::string& key,
     store.write(file, key, r.text());
 }
 
+bool surServeur(const std::string& where) {
+    return where.starts_with("postgresql://") || where.starts_with("postgres://");
+}
+
+// The database of one run, under WHERE: its address for the stores, made empty, removed at the end.
+class Base {
+public:
+    Base(const std::string& where, const std::string& nom) : m_serveur(surServeur(where) ? where : "") {
+        if (m_serveur.empty()) {
+            m_adresse = where + "/" + nom + ".db";
+            for (const char* suffixe : {"", "-wal", "-shm"})
+                std::filesystem::remove(m_adresse + suffixe);
+        } else {
+            m_schema = testing_support::pgSchemaName("zr_" + nom + "_" + std::to_string(::getpid()));
+            mvdb::PgStore::dropSchema(m_serveur, m_schema);
+            m_adresse = testing_support::pgServiceAddress(m_serveur, m_schema);
+        }
+    }
+    ~Base() {
+        if (!m_serveur.empty()) mvdb::PgStore::dropSchema(m_serveur, m_schema);
+    }
+    Base(const Base&) = delete;
+    Base& operator=(const Base&) = delete;
+    const std::string& adresse() const { return m_adresse; }
+    std::unique_ptr<mvdb::Store> ouvrir(mvdb::OpenMode mode = mvdb::OpenMode::ExistingOnly) const {
+        return mvdb::openStore(m_adresse, mode);
+    }
+    // SQLite's own check of the file; a server keeps its files itself.
+    bool integre(std::string& detail) const;
+
+private:
+    std::string m_serveur, m_schema, m_adresse;
+};
+
 // Two Monday-morning tournées of sector N1, three aidés each, all planned at version 0.
-void creerService(const std::string& path) {
-    std::filesystem::remove(path);
-    auto store = mvdb::SqliteStore::open(path, mvdb::OpenMode::CreateIfMissing);
+void creerService(const Base& base) {
+    auto store = base.ouvrir(mvdb::OpenMode::CreateIfMissing);
     put(*store, "SSIADSOINS", "S01", {"Injection", "", "", "", "O"});
     for (int t = 0; t < 2; ++t) {
         put(*store, "SSIADCARACTTOURNEE", kTournees[t],
@@ -121,31 +159,22 @@ struct Poste {
     toolkit::HeadlessHost host;
     control::Ctr_Zandorel c{host, horloge()};
 
-    explicit Poste(const std::string& path)
-        : db(std::make_shared<mvdb::Database>(mvdb::SqliteStore::open(path, mvdb::OpenMode::ExistingOnly),
-                                              horloge())) {
+    explicit Poste(const Base& base) : db(std::make_shared<mvdb::Database>(base.ouvrir(), horloge())) {
         c.setTheClient(nullptr);
         c.setTheDatabase(db);
         c.setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(2));
         c.Init();
     }
 
-    // Displays read the tournée in several queries, each its own snapshot: a validation by the other
-    // planner between two of them shows a torn tournée. Counted, and shown again.
-    int dechirees = 0;
-
     // Shows tournée t, puts every label of pane "DETAIL" at version v and validates. Whatever a
-    // user would have seen otherwise (a message, a screen left full) is a failure.
+    // user would have seen otherwise (a message, a screen left full, a tournée shown partly old and
+    // partly new while the other planner validates it) is a failure.
     void valider(int t, int v) {
-        std::int64_t lignes = 0;
-        for (int essai = 0; lignes != kAides; ++essai) {
-            if (essai == 20) throw base::Error(0, std::to_string(lignes) + " lignes dans le détail");
-            if (essai > 0) ++dechirees;
-            c.Txt_CodeTournee.setText(kTournees[t]);
-            c.Cbo_Date.setText("23/11/2026");
-            c.Cmd_Affichage.fireClick();
-            lignes = c.TabTempoDetail.exists() ? c.TabTempoDetail->DCount() : 0;
-        }
+        c.Txt_CodeTournee.setText(kTournees[t]);
+        c.Cbo_Date.setText("23/11/2026");
+        c.Cmd_Affichage.fireClick();
+        const std::int64_t lignes = c.TabTempoDetail.exists() ? c.TabTempoDetail->DCount() : 0;
+        if (lignes != kAides) throw base::Error(0, std::to_string(lignes) + " lignes dans le détail");
         for (std::int64_t l = 1; l <= lignes; ++l) {
             const int i = c.TabTempoDetail(l, model::col::CleProtocole)[4] - '1';
             c.Etq_Aide(std::stoi(c.TabTempoDetail(l, model::col::NumEtq)))
@@ -158,10 +187,11 @@ struct Poste {
     }
 };
 
-bool integre(const std::string& path, std::string& detail) {
+bool Base::integre(std::string& detail) const {
+    if (!m_serveur.empty()) return true;
     sqlite3* db = nullptr;
     bool ok = false;
-    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
+    if (sqlite3_open_v2(m_adresse.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
         sqlite3_stmt* s = nullptr;
         if (sqlite3_prepare_v2(db, "PRAGMA integrity_check", -1, &s, nullptr) == SQLITE_OK &&
             sqlite3_step(s) == SQLITE_ROW) {
@@ -176,9 +206,9 @@ bool integre(const std::string& path, std::string& detail) {
 
 // The killed planner: validates the two tournées in turn from the versions it is given, and after each
 // validation tells the parent (tournée, version) on `pipe`: a version told is a version the user saw saved.
-[[noreturn]] void plannerTue(const std::string& path, std::array<int, 2> versions, int pipe) {
+[[noreturn]] void plannerTue(const Base& base, std::array<int, 2> versions, int pipe) {
     try {
-        Poste poste(path);
+        Poste poste(base);
         for (int n = 0;; ++n) {
             const int t = n % 2;
             versions[t] = (versions[t] + 1) % kVersions;
@@ -192,9 +222,9 @@ bool integre(const std::string& path, std::string& detail) {
     _exit(1);
 }
 
-int crash(const std::string& dir, int kills, unsigned seed) {
-    const std::string path = dir + "/crash.db";
-    creerService(path);
+int crash(const std::string& where, int kills, unsigned seed) {
+    const Base base(where, "crash");
+    creerService(base);
     std::mt19937 random(seed);
     std::array<int, 2> vues = {0, 0};  // the versions the user saw saved
     int validations = 0, enVol = 0;
@@ -204,7 +234,7 @@ int crash(const std::string& dir, int kills, unsigned seed) {
         const pid_t child = fork();
         if (child == 0) {
             close(fds[0]);
-            plannerTue(path, vues, fds[1]);
+            plannerTue(base, vues, fds[1]);
         }
         close(fds[1]);
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 150000));
@@ -222,11 +252,11 @@ int crash(const std::string& dir, int kills, unsigned seed) {
             return 1;
         }
         std::string detail;
-        if (!integre(path, detail)) {
+        if (!base.integre(detail)) {
             std::fprintf(stderr, "kill %d : integrity_check : %s\n", k, detail.c_str());
             return 1;
         }
-        auto store = mvdb::SqliteStore::open(path, mvdb::OpenMode::ExistingOnly);
+        auto store = base.ouvrir();
         for (int t = 0; t < 2; ++t) {
             const int v = versionStockee(*store, t, detail);
             // The stored version is the last one seen saved, or the one being validated at the kill.
@@ -248,15 +278,13 @@ int crash(const std::string& dir, int kills, unsigned seed) {
 }
 
 // A planner of the concurrent runs: validates tournée t `count` times, version `base` + n % 10.
-pid_t planner(const std::string& path, int t, int count, int base) {
+pid_t planner(const Base& base, int t, int count, int premiere) {
     const pid_t child = fork();
     if (child != 0) return child;
     try {
-        Poste poste(path);
+        Poste poste(base);
         for (int n = 1; n <= count; ++n)
-            poste.valider(t, base + n % 10);
-        if (poste.dechirees > 0)
-            std::printf("planner %s : %d affichages déchirés\n", kTournees[t], poste.dechirees);
+            poste.valider(t, premiere + n % 10);
         std::fflush(stdout);
         _exit(0);
     } catch (const std::exception& e) {
@@ -277,12 +305,12 @@ bool attendre(std::initializer_list<pid_t> children) {
     return ok;
 }
 
-int planners(const std::string& dir, int commits, int same) {
-    const std::string path = dir + "/planners.db";
-    creerService(path);
+int planners(const std::string& where, int commits, int same) {
+    const Base base(where, "planners");
+    creerService(base);
     std::string detail;
-    if (!attendre({planner(path, 0, commits, 0), planner(path, 1, commits, 10)})) return 1;
-    auto store = mvdb::SqliteStore::open(path, mvdb::OpenMode::ExistingOnly);
+    if (!attendre({planner(base, 0, commits, 0), planner(base, 1, commits, 10)})) return 1;
+    auto store = base.ouvrir();
     for (int t = 0; t < 2; ++t) {
         const int v = versionStockee(*store, t, detail);
         if (v != 10 * t + commits % 10) {
@@ -292,15 +320,15 @@ int planners(const std::string& dir, int commits, int same) {
         }
     }
     store.reset();
-    if (!attendre({planner(path, 0, same, 0), planner(path, 0, same, 10)})) return 1;
-    store = mvdb::SqliteStore::open(path, mvdb::OpenMode::ExistingOnly);
+    if (!attendre({planner(base, 0, same, 0), planner(base, 0, same, 10)})) return 1;
+    store = base.ouvrir();
     const int v = versionStockee(*store, 0, detail);
     if (v != same % 10 && v != 10 + same % 10) {
         std::fprintf(stderr, "même tournée : version %d, pas celle d'une dernière validation (%s)\n", v,
                      detail.c_str());
         return 1;
     }
-    if (!integre(path, detail)) return 1;
+    if (!base.integre(detail)) return 1;
     std::printf(
         "planners: %d + %d validations on two tournées, %d + %d on one; no message, nothing lost, "
         "the last validation whole\n",
@@ -317,6 +345,6 @@ int main(int argc, char** argv) {
                      args.size() > 3 ? std::stoul(args[3]) : std::random_device{}());
     if (args.size() == 4 && args[0] == "planners")
         return planners(args[1], std::stoi(args[2]), std::stoi(args[3]));
-    std::fprintf(stderr, "usage: planner_stress crash DIR KILLS [SEED] | planners DIR COMMITS SAME\n");
+    std::fprintf(stderr, "usage: planner_stress crash WHERE KILLS [SEED] | planners WHERE COMMITS SAME\n");
     return 2;
 }
