@@ -29,6 +29,30 @@ check "load" 0 "$zandorel" load --db "$work/e.db" "$work/dump1"
 check "dump again" 0 "$zandorel" dump --db "$work/e.db"
 cmp -s "$work/dump1" "$work/out" || { echo "FAIL dump, load, dump differ"; failures=$((failures + 1)); }
 
+# A service moves to a PostgreSQL server and back unchanged, by an address and by the PG* variables
+# (scripts/with_postgres.sh names a throwaway server in ZANDOREL_TEST_PG).
+if [ -n "${ZANDOREL_TEST_PG:-}" ]; then
+    pg="$ZANDOREL_TEST_PG&options=-csearch_path%3Dzc_$$"
+    check "load into PostgreSQL" 0 "$zandorel" load --db "$pg" "$work/dump1"
+    check "dump from PostgreSQL" 0 "$zandorel" dump --db "$pg"
+    cmp -s "$work/dump1" "$work/out" || { echo "FAIL SQLite and PostgreSQL dumps differ"; failures=$((failures + 1)); }
+    check "the same tournées on PostgreSQL" 0 "$zandorel" query --db "$pg" --file SSIADCARACTTOURNEE \
+        --list "0 1 10" 'SELECT SSIADCARACTTOURNEE AVEC 1 = "]" AND AVEC 9 <> "1" PAR 1'
+    cut -f2 "$work/out" | cmp -s - "$work/labels" || { echo "FAIL PostgreSQL listing differs"; failures=$((failures + 1)); }
+    field() { printf '%s' "$ZANDOREL_TEST_PG" | sed -n "s/.*[?&]$1=\([^&]*\).*/\1/p"; }
+    check "PG* variables" 0 env PGHOST="$(field host)" PGUSER="$(field user)" PGOPTIONS="-csearch_path=zc_$$" \
+        PGDATABASE="$(printf '%s' "$ZANDOREL_TEST_PG" | sed 's|^postgresql:///\([^?]*\).*|\1|')" \
+        "$zandorel" dump --db "" --file SSIADSOINS
+    grep '"file":"SSIADSOINS"' "$work/dump1" | cmp -s - "$work/out" ||
+        { echo "FAIL PG* variables: not the service"; failures=$((failures + 1)); }
+    check "back to SQLite" 0 "$zandorel" load --db "$work/back.db" <("$zandorel" dump --db "$pg")
+    check "dump back" 0 "$zandorel" dump --db "$work/back.db"
+    cmp -s "$work/dump1" "$work/out" || { echo "FAIL round trip through PostgreSQL"; failures=$((failures + 1)); }
+    check "lost server" 1 "$zandorel" dump --db "postgresql:///none?host=$work/nosocket"
+    grep -q "PostgreSQL" "$work/err" || { echo "FAIL lost server: message"; cat "$work/err"; failures=$((failures + 1)); }
+    psql -q "$ZANDOREL_TEST_PG" -c "DROP SCHEMA zc_$$ CASCADE" >/dev/null 2>&1
+fi
+
 check "malformed sentence" 1 "$zandorel" query --db "$work/d.db" --file SSIADTOURNEE --list "0" 'SELECT SSIADTOURNEE AVEC'
 grep -q "position 25" "$work/err" || { echo "FAIL malformed sentence: no position"; failures=$((failures + 1)); }
 check "unknown file" 1 "$zandorel" dump --db "$work/d.db" --file NOFILE
