@@ -1,9 +1,17 @@
 #include "data/purge.h"
 
+#include <tuple>
+#include <vector>
+
 #include "base/text.h"
 #include "data/conversion.h"
 #include "data/layouts.h"
 #include "mvdb/database.h"
+#include "mvdb/dictionary.h"
+#include "mvdb/query.h"
+#include "mvdb/sentence.h"
+#include "mvdb/sort_key.h"
+#include "mvdb/store.h"
 
 namespace data {
 namespace {
@@ -20,6 +28,33 @@ bool aSupprimer(const std::string& e, const std::string& debut1, const std::stri
 std::string interne(const base::Date& date) {
     return base::zeroPad(date.internalDay(), 5);
 }
+
+// The last record of the selection in its order (by day, then key), found while the records come in
+// no set order.
+class Dernier {
+public:
+    void suivre(const std::string& cle, const mvdb::DynamicRecord& enregistrement) {
+        static const mvdb::FieldSource& jour = *mvdb::dictionaryFor(kSSIADTOURNEE).find("DateTournee");
+        std::string ordre = mvdb::sortKey(jour.firstValue(cle, enregistrement));
+        std::string ordreCle = mvdb::sortKey(cle);
+        if (m_trouve && std::tie(ordre, ordreCle, cle) <= std::tie(m_ordre, m_ordreCle, m_cle)) return;
+        m_trouve = true;
+        m_ordre = std::move(ordre);
+        m_ordreCle = std::move(ordreCle);
+        m_cle = cle;
+        m_enregistrement = enregistrement;
+    }
+    void ranger(FichiersSSIAD& fichiers) {
+        if (!m_trouve) return;
+        m_enregistrement.bind(fichiers.SSIADTOURNEE, m_cle);
+        fichiers.EnregSSIADTOURNEE = std::move(m_enregistrement);
+    }
+
+private:
+    bool m_trouve = false;
+    std::string m_ordre, m_ordreCle, m_cle;
+    mvdb::DynamicRecord m_enregistrement;
+};
 
 }  // namespace
 
@@ -50,22 +85,31 @@ void ApurerFichierSSIADTOURNEE(FichiersSSIAD& fichiers, const base::Date& today,
     if (commande.entree) commande.entree();
     FenetresApurement f = CalculerFenetres(today);
     const std::string limite = interne(f.DateLimite);
-
-    mvdb::DynamicRecord reponse = Interroger(
-        *fichiers.TheDatabase, "SELECT SSIADTOURNEE AVEC DateTournee < \"" + limite + "\" PAR DateTournee",
-        kSSIADTOURNEE, "0 1 ");
-
     const std::string debut1 = interne(f.DebutFenetre1), fin1 = interne(f.FinFenetre1);
     const std::string debut2 = interne(f.DebutFenetre2), fin2 = interne(f.FinFenetre2);
-    mvdb::Transaction transaction(*fichiers.TheDatabase);
-    for (std::int64_t i = 1; i <= reponse.DCount(); ++i) {
-        std::string cle = reponse(i, 1);
-        if (!LireEnregistrement(*fichiers.SSIADTOURNEE, fichiers.EnregSSIADTOURNEE, cle)) continue;
-        // The day is the first five of the key's last nine characters: the start's four follow it.
-        std::string e = base::Left(base::Right(cle, 9), 5);
-        if (aSupprimer(e, debut1, fin1, debut2, fin2, limite)) fichiers.SSIADTOURNEE->Delete(cle);
-    }
+    mvdb::Database& db = *fichiers.TheDatabase;
+
+    // The old records are taken as the selection finds them: a service holds a million, and neither
+    // the reply of their keys nor a sort of them is needed to know which go. Only the keys are kept.
+    const std::string phrase = "SELECT SSIADTOURNEE AVEC DateTournee < \"" + limite + "\" PAR DateTournee";
+    std::vector<std::string> cles;
+    Dernier dernier;
+    mvdb::selectEach(db.store(), mvdb::parseSentence(phrase), phrase,
+                     [&](const std::string& cle, const mvdb::DynamicRecord& enregistrement) {
+                         dernier.suivre(cle, enregistrement);
+                         // The day is the first five of the key's last nine characters: the start's four
+                         // follow it.
+                         const std::string e = base::Left(base::Right(cle, 9), 5);
+                         if (aSupprimer(e, debut1, fin1, debut2, fin2, limite)) cles.push_back(cle);
+                     });
+
+    // One transaction: either the purge is done or nothing is. A record gone since the selection is
+    // skipped by the store, which is given every key at once to choose how to remove them.
+    mvdb::Transaction transaction(db);
+    db.store().removeBatch(std::string(kSSIADTOURNEE), cles);
     transaction.commit();
+    // The record buffer holds the last record of the selection, as reading each in its order left it.
+    dernier.ranger(fichiers);
     if (commande.attente) commande.attente();
     if (commande.sortie) commande.sortie();
 }

@@ -22,6 +22,9 @@ public:
         m_inner->write(f, k, t);
     }
     void remove(const std::string& f, const std::string& k) override { m_inner->remove(f, k); }
+    void removeBatch(const std::string& f, const std::vector<std::string>& k) override {
+        m_inner->removeBatch(f, k);
+    }
     void scanAll(const std::string& f, const RecordVisitor& v) override { m_inner->scanAll(f, v); }
     void scanRange(const std::string& f, const KeyRange& r, const RecordVisitor& v) override {
         m_inner->scanRange(f, r, v);

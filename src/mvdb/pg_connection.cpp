@@ -73,6 +73,20 @@ constexpr int kBinaryResults = 1;
 
 }  // namespace
 
+std::string byteaArray(const std::vector<std::string_view>& values) {
+    static const char* const digits = "0123456789abcdef";
+    std::string out = "{";
+    for (std::string_view v : values) {
+        out += out.size() > 1 ? ",\"\\\\x" : "\"\\\\x";
+        for (unsigned char c : v) {
+            out += digits[c >> 4];
+            out += digits[c & 0xF];
+        }
+        out += '"';
+    }
+    return out + "}";
+}
+
 std::int64_t integer(const std::string& column) {
     std::uint64_t value = 0;
     for (unsigned char c : column)

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -24,6 +25,9 @@ using Row = std::vector<std::string>;
 
 // The value of a bigint column.
 std::int64_t integer(const std::string& column);
+
+// An array of byte strings as the server reads it in text (bytea[]): each element in hexadecimal.
+std::string byteaArray(const std::vector<std::string_view>& values);
 
 // One connection. Statements that carry values are prepared once per SQL text and run with the values
 // bound, never spliced into the text. Every failure is a base::Error naming the database and what

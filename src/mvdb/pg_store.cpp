@@ -314,6 +314,43 @@ void PgStore::remove(const std::string& file, const std::string& key) {
     scope.commit();
 }
 
+void PgStore::removeBatch(const std::string& file, const std::vector<std::string>& keys) {
+    const FileInfo& fi = info(file);
+    if (keys.empty()) return;
+    WriteScope scope(*this, fi.scratch);
+    // Keys go to the server by thousands in one array: two statements for each thousand records, where
+    // one remove after another would wait on the server several times for each.
+    constexpr std::size_t kParEnvoi = 5000;
+    const std::string what = "suppression dans " + file;
+    for (std::size_t debut = 0; debut < keys.size(); debut += kParEnvoi) {
+        const std::size_t fin = std::min(keys.size(), debut + kParEnvoi);
+        std::vector<std::string_view> lot(keys.begin() + static_cast<std::ptrdiff_t>(debut),
+                                          keys.begin() + static_cast<std::ptrdiff_t>(fin));
+        std::vector<pg::Row> gone =
+            m_db.run("DELETE FROM " + fi.table + " WHERE key = ANY($1::bytea[]) RETURNING key, rec",
+                     {{pg::byteaArray(lot), false}}, what);
+        if (!isIndexed(fi) || gone.empty()) continue;
+        std::string fields = "{";
+        std::vector<std::string> sortKeys;
+        std::vector<std::string_view> entryKeys;
+        for (const pg::Row& row : gone) {
+            for (const IndexEntry& e : indexEntries(*fi.dictionary, row[0], row[1])) {
+                fields += (sortKeys.empty() ? "" : ",") + std::to_string(e.field);
+                sortKeys.push_back(e.sortKey);
+                entryKeys.push_back(row[0]);
+            }
+        }
+        fields += "}";
+        std::vector<std::string_view> sortKeyViews(sortKeys.begin(), sortKeys.end());
+        m_db.run("DELETE FROM " + fi.indexTable +
+                     " AS x USING unnest($1::integer[], $2::bytea[], $3::bytea[]) AS g(fld, k, key) "
+                     "WHERE x.fld = g.fld AND x.k = g.k AND x.key = g.key",
+                 {{fields, false}, {pg::byteaArray(sortKeyViews), false}, {pg::byteaArray(entryKeys), false}},
+                 "index de " + fi.name);
+    }
+    scope.commit();
+}
+
 void PgStore::scanAll(const std::string& file, const RecordVisitor& visit) {
     m_db.stream("SELECT key, rec FROM " + info(file).table + " ORDER BY key", {}, records(visit),
                 "lecture de " + file);

@@ -39,6 +39,7 @@ public:
     std::optional<std::string> read(const std::string& file, const std::string& key) override;
     void write(const std::string& file, const std::string& key, const std::string& text) override;
     void remove(const std::string& file, const std::string& key) override;
+    void removeBatch(const std::string& file, const std::vector<std::string>& keys) override;
     void scanAll(const std::string& file, const RecordVisitor& visit) override;
     void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) override;
     std::size_t count(const std::string& file) override;

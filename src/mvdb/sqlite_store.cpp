@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <tuple>
 
 #include "base/error.h"
 #include "mvdb/dictionary.h"
@@ -26,6 +27,7 @@ std::string quoteIdentifier(const std::string& schema, const std::string& name) 
 class SqliteStore::Statement {
 public:
     Statement(SqliteStore& store, const std::string& sql) : m_store(store), m_stmt(store.prepare(sql)) {}
+    Statement(SqliteStore& store, sqlite3_stmt* prepared) : m_store(store), m_stmt(prepared) {}
     ~Statement() {
         sqlite3_reset(m_stmt);
         sqlite3_clear_bindings(m_stmt);
@@ -309,7 +311,8 @@ void SqliteStore::createFile(const std::string& file) {
 
 std::optional<std::string> SqliteStore::read(const std::string& file, const std::string& key) {
     const FileInfo& fi = info(file);
-    Statement s(*this, "SELECT rec FROM " + fi.table + " WHERE key = ?1");
+    if (!fi.read) fi.read = prepare("SELECT rec FROM " + fi.table + " WHERE key = ?1");
+    Statement s(*this, fi.read);
     s.bind(1, key);
     if (!s.step()) return std::nullopt;
     return s.column(0);
@@ -338,21 +341,31 @@ void SqliteStore::updateIndexEntries(const FileInfo& fi, const std::string& key,
 void SqliteStore::write(const std::string& file, const std::string& key, const std::string& text) {
     const FileInfo& fi = info(file);
     checkKey(file, key);
+    // A work file has no index entries: its change is the one statement, atomic by itself.
+    if (fi.scratch) return upsert(fi, key, text);
     WriteScope scope(*this, fi.scratch);
     if (isIndexed(fi)) {
         std::optional<std::string> old = read(file, key);
         updateIndexEntries(fi, key, old ? &*old : nullptr, &text);
     }
+    upsert(fi, key, text);
+    scope.commit();
+}
+
+void SqliteStore::upsert(const FileInfo& fi, const std::string& key, const std::string& text) {
     Statement(*this, "INSERT INTO " + fi.table +
                          "(key, rec) VALUES(?1, ?2) ON CONFLICT(key) DO UPDATE SET rec = excluded.rec")
         .bind(1, key)
         .bindBlob(2, text)
         .run();
-    scope.commit();
 }
 
 void SqliteStore::remove(const std::string& file, const std::string& key) {
     const FileInfo& fi = info(file);
+    if (fi.scratch) {
+        Statement(*this, "DELETE FROM " + fi.table + " WHERE key = ?1").bind(1, key).run();
+        return;
+    }
     WriteScope scope(*this, fi.scratch);
     if (isIndexed(fi)) {
         std::optional<std::string> old = read(file, key);
@@ -363,6 +376,93 @@ void SqliteStore::remove(const std::string& file, const std::string& key) {
         updateIndexEntries(fi, key, &*old, nullptr);
     }
     Statement(*this, "DELETE FROM " + fi.table + " WHERE key = ?1").bind(1, key).run();
+    scope.commit();
+}
+
+void SqliteStore::removeBatch(const std::string& file, const std::vector<std::string>& keys) {
+    const FileInfo& fi = info(file);
+    if (keys.empty()) return;
+    WriteScope scope(*this, fi.scratch);
+    // The keys in order, each once: the deletes below walk the file in its own order.
+    std::vector<const std::string*> sorted;
+    sorted.reserve(keys.size());
+    for (const std::string& key : keys)
+        sorted.push_back(&key);
+    std::sort(sorted.begin(), sorted.end(),
+              [](const std::string* a, const std::string* b) { return *a < *b; });
+    sorted.erase(std::unique(sorted.begin(), sorted.end(),
+                             [](const std::string* a, const std::string* b) { return *a == *b; }),
+                 sorted.end());
+    if (isIndexed(fi) && 2 * sorted.size() > count(file)) {
+        // Most of the file goes, as in the purge of old tournées: emptying both tables and writing back
+        // what stays takes a fraction of the statements that deleting each record and each of its index
+        // entries takes (a seek for every one). What is left is the same records and index entries.
+        std::vector<std::pair<std::string, std::string>> kept;
+        scanAll(file, [&](const std::string& key, const std::string& text) {
+            const bool goes =
+                std::binary_search(sorted.begin(), sorted.end(), &key,
+                                   [](const std::string* a, const std::string* b) { return *a < *b; });
+            if (!goes) kept.emplace_back(key, text);
+            return true;
+        });
+        exec("DELETE FROM " + fi.table);
+        exec("DELETE FROM " + fi.indexTable);
+        std::vector<std::tuple<int, std::string, const std::string*>> entries;
+        {
+            Statement s(*this, "INSERT INTO " + fi.table + "(key, rec) VALUES(?1, ?2)");
+            for (const auto& [key, text] : kept) {
+                s.bind(1, key).bindBlob(2, text).run();
+                s.again();
+                for (IndexEntry& e : indexEntries(*fi.dictionary, key, text))
+                    entries.emplace_back(e.field, std::move(e.sortKey), &key);
+            }
+        }
+        std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) {
+            if (std::get<0>(a) != std::get<0>(b)) return std::get<0>(a) < std::get<0>(b);
+            const int order = std::get<1>(a).compare(std::get<1>(b));
+            return order < 0 || (order == 0 && *std::get<2>(a) < *std::get<2>(b));
+        });
+        Statement s(*this, "INSERT INTO " + fi.indexTable + "(fld, k, key) VALUES(?1, ?2, ?3)");
+        for (const auto& [field, sortKey, key] : entries) {
+            s.bind(1, field).bindBlob(2, sortKey).bind(3, *key).run();
+            s.again();
+        }
+        scope.commit();
+        return;
+    }
+    if (isIndexed(fi)) {
+        // Per index, the sort keys of the records' values with their record's key.
+        std::map<int, std::vector<std::pair<std::string, const std::string*>>> gone;
+        {
+            Statement read(*this, "SELECT rec FROM " + fi.table + " WHERE key = ?1");
+            std::string text;
+            for (const std::string* key : sorted) {
+                read.bind(1, *key);
+                if (read.step()) {
+                    read.column(0, text);
+                    for (IndexEntry& e : indexEntries(*fi.dictionary, *key, text))
+                        gone[e.field].emplace_back(std::move(e.sortKey), key);
+                }
+                read.again();
+            }
+        }
+        Statement s(*this, "DELETE FROM " + fi.indexTable + " WHERE fld = ?1 AND k = ?2 AND key = ?3");
+        for (auto& [field, entries] : gone) {
+            std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) {
+                const int order = a.first.compare(b.first);
+                return order < 0 || (order == 0 && *a.second < *b.second);
+            });
+            for (const auto& [sortKey, key] : entries) {
+                s.bind(1, field).bindBlob(2, sortKey).bind(3, *key).run();
+                s.again();
+            }
+        }
+    }
+    Statement s(*this, "DELETE FROM " + fi.table + " WHERE key = ?1");
+    for (const std::string* key : sorted) {
+        s.bind(1, *key).run();
+        s.again();
+    }
     scope.commit();
 }
 

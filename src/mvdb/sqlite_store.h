@@ -35,6 +35,7 @@ public:
     std::optional<std::string> read(const std::string& file, const std::string& key) override;
     void write(const std::string& file, const std::string& key, const std::string& text) override;
     void remove(const std::string& file, const std::string& key) override;
+    void removeBatch(const std::string& file, const std::vector<std::string>& keys) override;
     void scanAll(const std::string& file, const RecordVisitor& visit) override;
     void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) override;
     std::size_t count(const std::string& file) override;
@@ -53,6 +54,8 @@ private:
         std::string indexTable;  // quoted table of index entries; empty when the file has no index
         const FileDictionary* dictionary = nullptr;
         bool scratch = false;
+        // The point read, prepared on first use: a display reads thousands of records one by one.
+        mutable sqlite3_stmt* read = nullptr;
     };
     class Statement;
     class WriteScope;
@@ -74,6 +77,8 @@ private:
     void updateIndexEntries(const FileInfo& fi, const std::string& key, const std::string* oldText,
                             const std::string* newText);
     std::string rangeSql(const FileInfo& fi, const KeyRange& range) const;
+    // Writes the record's row, creating or replacing it.
+    void upsert(const FileInfo& fi, const std::string& key, const std::string& text);
     [[noreturn]] void fail(const std::string& what) const;
 
     sqlite3* m_db;

@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/text.h"
 #include "support/memory_database.h"
 
 namespace {
@@ -84,6 +90,62 @@ TEST(Apurement, DeletesOldRecordsOutsideBothOctoberWindows) {
         EXPECT_EQ(m.db->store().read("SSIADTOURNEE", key(r.day)).has_value(), r.kept);
     }
     EXPECT_EQ(calls, (std::vector<std::string>{"entree", "attente", "sortie"}));
+}
+
+// The store removes a few records one by one and most of a file by writing back what stays: the purge
+// leaves the same records either way, and its record buffer holds the last record of its selection in
+// the selection's order (by day, then key), deleted or kept, as reading each in turn left it.
+TEST(Apurement, LeavesTheSameWhetherFewOrMostRecordsAreOld) {
+    // Today 22/11/2026: limit 22/09/2026; the older window runs from 6 to 19/10/2025.
+    const int fenetre = d(10, 10, 2025).internalDay(), ancien = d(1, 6, 2026).internalDay(),
+              recent = d(1, 11, 2026).internalDay();
+    struct Case {
+        const char* name;
+        int anciens, fenetres, recents;
+    } cases[] = {
+        {"few old records", 2, 1, 9},
+        {"most records old", 20, 2, 3},
+        {"only old records", 6, 0, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        testing_support::MemoryDatabase m;
+        std::vector<std::string> gardees;
+        auto poser = [&](int n, int jour, bool gardee) {
+            for (int i = 0; i < n; ++i) {
+                // Codes from the top down: the key order differs from the order of the days.
+                const std::string cle = base::zeroPad(90 - i, 3) + "00012" + std::to_string(jour + i % 4) +
+                                        base::zeroPad(700 + i, 4);
+                m.put("SSIADTOURNEE", cle, {"0800", "P" + std::to_string(i)});
+                if (gardee) gardees.push_back(cle);
+            }
+        };
+        poser(c.anciens, ancien, false);
+        poser(c.fenetres, fenetre, true);
+        poser(c.recents, recent, true);
+        // What the selection finds, in its order: the buffer ends on its last.
+        const std::vector<std::string> selection =
+            m.keys("SSIADTOURNEE", "SELECT SSIADTOURNEE AVEC DateTournee < \"" +
+                                       std::to_string(d(22, 9, 2026).internalDay()) + "\" PAR DateTournee");
+        ASSERT_FALSE(selection.empty());
+        const std::optional<std::string> texteDernier = m.db->store().read("SSIADTOURNEE", selection.back());
+
+        data::FichiersSSIAD fichiers;
+        fichiers.TheDatabase = m.db;
+        data::OuvrirFichiersSSIAD(fichiers);
+        data::ApurerFichierSSIADTOURNEE(fichiers, m.clock.today(), {});
+
+        std::vector<std::string> restantes;
+        m.db->store().scanAll("SSIADTOURNEE", [&](const std::string& cle, const std::string&) {
+            restantes.push_back(cle);
+            return true;
+        });
+        std::sort(gardees.begin(), gardees.end());
+        EXPECT_EQ(restantes, gardees);
+        EXPECT_EQ(fichiers.EnregSSIADTOURNEE.key(), selection.back());
+        EXPECT_TRUE(fichiers.EnregSSIADTOURNEE.isBound());
+        EXPECT_EQ(fichiers.EnregSSIADTOURNEE.text(), texteDernier.value_or("absent"));
+    }
 }
 
 }  // namespace

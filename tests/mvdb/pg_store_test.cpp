@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "base/error.h"
+#include "base/text.h"
 #include "mvdb/open_store.h"
 #include "support/memory_database.h"
 #include "support/pg_service.h"
@@ -276,6 +277,74 @@ TEST_P(StoreBehaviour, AnswersTheScreensSentencesAsTheEmbeddedStore) {
         EXPECT_EQ(m.keys(file, sentence), reference.keys(file, sentence));
     }
     EXPECT_EQ(m.keys("SSIADTOURNEE", kScreenSentences[8]).size(), 4u) << "the records do reach the sentences";
+}
+
+// The purge hands the store every key at once, and the store chooses how to remove them: a few one by
+// one, most of a file by writing back what stays. Either way the records and the index entries left
+// must be those that removing each key in turn leaves, which a reference service does here.
+TEST_P(StoreBehaviour, ABatchOfRemovesLeavesWhatRemovingEachWould) {
+    Keys all;
+    for (int i = 0; i < 12; ++i)
+        all.push_back(base::zeroPad(1 + i % 3, 3) + base::zeroPad(10 + i % 4, 5) +
+                      base::zeroPad(21500 + i % 5, 5) + base::zeroPad(700 + i * 10, 4));
+    auto putAll = [&](testing_support::MemoryDatabase& service, const Keys& keys, const std::string& mark) {
+        for (std::size_t i = 0; i < keys.size(); ++i)
+            service.put("SSIADTOURNEE", keys[i],
+                        {"0800", mark + std::to_string(i % 3) + "|Q" + std::to_string(i % 2) + "|" + mark +
+                                     std::to_string(i % 3)});
+    };
+    const char* const sentences[] = {
+        "SELECT SSIADTOURNEE",
+        "SELECT SSIADTOURNEE AVEC CodeTournee = \"002\"",
+        "SELECT SSIADTOURNEE AVEC CodeAide = \"00011\"",
+        "SELECT SSIADTOURNEE AVEC DateTournee >= \"21502\" PAR DateTournee",
+        "SELECT SSIADTOURNEE AVEC HeureDebut < \"0750\"",
+        "SELECT SSIADTOURNEE AVEC 2 = \"P1\"",
+        "SELECT SSIADTOURNEE AVEC 2 = \"Q0\"",
+        "SELECT SSIADTOURNEE AVEC 2 = \"Z2\"",
+    };
+    struct Case {
+        const char* name;
+        Keys gone;
+        bool committed;
+        std::size_t removed;
+    } cases[] = {
+        {"a few of the file", {all[1], all[6]}, true, 2},
+        {"most of the file", Keys(all.begin(), all.begin() + 9), true, 9},
+        {"every record", all, true, 12},
+        {"absent and repeated keys", {all[3], "00999999999990000", all[3]}, true, 1},
+        {"nothing", {}, true, 0},
+        {"most of the file, rolled back", Keys(all.begin() + 2, all.end()), false, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        for (const std::string& key : all)
+            store().remove("SSIADTOURNEE", key);
+        putAll(m, all, "P");
+        testing_support::MemoryDatabase reference;
+        putAll(reference, all, "P");
+        {
+            mvdb::Transaction t(*m.db);
+            store().removeBatch("SSIADTOURNEE", c.gone);
+            if (c.committed) t.commit();
+        }
+        if (c.committed) {
+            for (const std::string& key : c.gone)
+                reference.db->store().remove("SSIADTOURNEE", key);
+        }
+        // Records written again under the keys that went must not be found by the values they had.
+        Keys back;
+        for (const std::string& key : all) {
+            if (!store().read("SSIADTOURNEE", key)) back.push_back(key);
+        }
+        putAll(m, back, "Z");
+        putAll(reference, back, "Z");
+        for (const char* sentence : sentences) {
+            SCOPED_TRACE(sentence);
+            EXPECT_EQ(m.keys("SSIADTOURNEE", sentence), reference.keys("SSIADTOURNEE", sentence));
+        }
+        EXPECT_EQ(back.size(), c.removed);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Stores, StoreBehaviour, ::testing::Values(Kind::Sqlite, Kind::Pg),
