@@ -78,7 +78,7 @@ DynamicRecord Database::Query(const std::string& requestText) {
         throw base::Error(base::codes::kSentence,
                           "La phrase « " + text + " » ne porte pas sur le fichier à lister " + file);
     }
-    return listing(select(*m_store, sentence, text), attributes);
+    return query(*m_store, sentence, text, attributes);
 }
 
 std::vector<std::string> Database::explainQuery(const std::string& text) {

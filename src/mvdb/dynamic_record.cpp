@@ -20,20 +20,6 @@ void checkWriteIndex(std::int64_t index) {
     }
 }
 
-// Piece `index` (from 1) of `whole` cut at `mark`, or the empty string when there is none. Walks only
-// `whole`, and stops as soon as the marks run out.
-std::string_view piece(std::string_view whole, char mark, std::int64_t index) {
-    if (index < 1) return {};
-    std::size_t start = 0;
-    for (std::int64_t i = 1; i < index; ++i) {
-        const std::size_t next = whole.find(mark, start);
-        if (next == std::string_view::npos) return {};
-        start = next + 1;
-    }
-    const std::size_t end = whole.find(mark, start);
-    return whole.substr(start, end == std::string_view::npos ? std::string_view::npos : end - start);
-}
-
 // Replaces piece `index` (from 1) of `whole` cut at `mark` with `text`, adding the marks that open
 // the missing pieces before it. `text` goes in as is: marks inside it make more pieces.
 void replacePiece(std::string& whole, char mark, std::int64_t index, std::string_view text) {
@@ -66,6 +52,18 @@ std::vector<std::string> splitAttributes(std::string_view wholeText) {
 }
 
 }  // namespace
+
+std::string_view piece(std::string_view whole, char mark, std::int64_t index) {
+    if (index < 1) return {};
+    std::size_t start = 0;
+    for (std::int64_t i = 1; i < index; ++i) {
+        const std::size_t next = whole.find(mark, start);
+        if (next == std::string_view::npos) return {};
+        start = next + 1;
+    }
+    const std::size_t end = whole.find(mark, start);
+    return whole.substr(start, end == std::string_view::npos ? std::string_view::npos : end - start);
+}
 
 DynamicRecord::DynamicRecord(std::string_view wholeText) {
     setText(wholeText);

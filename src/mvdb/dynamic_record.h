@@ -14,6 +14,10 @@ inline constexpr char kAttributeMark = '\xFE';
 inline constexpr char kValueMark = '\xFD';
 inline constexpr char kSubValueMark = '\xFC';
 
+// Piece `index` (from 1) of `whole` cut at `mark`, or the empty string when there is none. Walks only
+// `whole`, and stops as soon as the marks run out.
+std::string_view piece(std::string_view whole, char mark, std::int64_t index);
+
 // Where a record read from or made for a file goes back to on DBWrite and DBDelete.
 class RecordSink {
 public:

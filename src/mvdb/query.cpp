@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <unordered_set>
 
 #include "base/error.h"
 #include "mvdb/dictionary.h"
@@ -67,10 +68,37 @@ bool matchesValue(const Resolved& r, std::string_view value) {
     return false;
 }
 
+// A record's whole text read in place, as a DynamicRecord made of it reads: attribute, value, count of
+// values. A selection reads thousands of records and keeps few, or needs only some of their values:
+// none of them is split into a record for that.
+class RecordText {
+public:
+    explicit RecordText(std::string_view text) : m_text(text) {}
+    std::string_view view(std::int64_t attribute) const { return piece(m_text, kAttributeMark, attribute); }
+    std::string_view view(std::int64_t attribute, std::int64_t value) const {
+        return piece(view(attribute), kValueMark, value);
+    }
+    std::int64_t DCount(std::int64_t attribute) const {
+        const std::string_view whole = view(attribute);
+        if (whole.empty()) return 0;
+        return 1 + static_cast<std::int64_t>(std::count(whole.begin(), whole.end(), kValueMark));
+    }
+
+private:
+    std::string_view m_text;
+};
+
+// The first value of a field, for sorting: FieldSource::firstValue on the text in place.
+std::string_view firstValue(const FieldSource& source, const std::string& key, const RecordText& record) {
+    static const DynamicRecord noRecord;
+    if (source.kind != FieldSource::Kind::Attribute) return source.firstValue(key, noRecord);
+    return record.view(source.attribute, 1);
+}
+
 // Walks the values in place: this runs for every record a selection reads.
-bool matches(const Resolved& r, const std::string& key, const DynamicRecord& record) {
+bool matches(const Resolved& r, const std::string& key, const RecordText& record) {
     if (r.source.kind != FieldSource::Kind::Attribute)
-        return matchesValue(r, r.source.firstValue(key, record));
+        return matchesValue(r, firstValue(r.source, key, record));
     const std::int64_t count = std::max<std::int64_t>(1, record.DCount(r.source.attribute));
     for (std::int64_t v = 1; v <= count; ++v) {
         if (matchesValue(r, record.view(r.source.attribute, v))) return true;
@@ -117,7 +145,10 @@ std::vector<KeyRange> rangesFor(const Resolved& r) {
         if (couldBeginNumber(c.value)) ranges.push_back({r.index, kNumbersLow, true, kNumbersHigh, false});
         return ranges;
     }
-    ranges.push_back(segmentRange(r.index, c.op, textPivot, kTextsLow, kTextsHigh));
+    // A number equals no text: a value compared as a text equals the number's own text only if it is
+    // that number. So equality with a number reads the numbers' segment alone, one range instead of two.
+    if (!r.numeric || c.op != CompareOp::Equal)
+        ranges.push_back(segmentRange(r.index, c.op, textPivot, kTextsLow, kTextsHigh));
     if (r.numeric) {
         ranges.push_back(segmentRange(r.index, c.op, r.valueKey, kNumbersLow, kNumbersHigh));
     } else if (c.op != CompareOp::Equal) {
@@ -129,6 +160,8 @@ std::vector<KeyRange> rangesFor(const Resolved& r) {
 struct Plan {
     std::vector<Resolved> conditions;
     std::vector<KeyRange> ranges;  // empty: the whole file is read
+    // The ranges are of a field of several values: a record can come through more than one of them.
+    bool repeats = false;
     std::optional<FieldSource> sortField;
     bool descending = false;
 };
@@ -157,7 +190,10 @@ Plan makePlan(Store& store, const Sentence& sentence, const std::string& text) {
             driver = &r;
         }
     }
-    if (driver) plan.ranges = rangesFor(*driver);
+    if (driver) {
+        plan.ranges = rangesFor(*driver);
+        plan.repeats = driver->source.kind == FieldSource::Kind::Attribute;
+    }
     if (sentence.sort) {
         plan.sortField = resolveField(sentence.sort->field, 0, dictionary, sentence.file, text);
         plan.descending = sentence.sort->order == SortOrder::Descending;
@@ -165,57 +201,123 @@ Plan makePlan(Store& store, const Sentence& sentence, const std::string& text) {
     return plan;
 }
 
-}  // namespace
+// Whether a record read by a plan's scan meets every condition. Conditions on the key are judged
+// before the record's text is walked: most records a range reads fail on one of them.
+bool meetsAll(const Plan& plan, const std::string& key, const RecordText& record) {
+    for (const Resolved& r : plan.conditions) {
+        if (r.source.kind != FieldSource::Kind::Attribute && !matches(r, key, record)) return false;
+    }
+    for (const Resolved& r : plan.conditions) {
+        if (r.source.kind == FieldSource::Kind::Attribute && !matches(r, key, record)) return false;
+    }
+    return true;
+}
 
-std::vector<SelectedRecord> select(Store& store, const Sentence& sentence, const std::string& sentenceText) {
+void scan(Store& store, const Sentence& sentence, const Plan& plan, const RecordVisitor& visit) {
+    if (plan.ranges.empty()) {
+        store.scanAll(sentence.file, visit);
+    } else {
+        for (const KeyRange& range : plan.ranges)
+            store.scanRange(sentence.file, range, visit);
+    }
+}
+
+// The records of a sentence in its order, each once, as what `take` makes of each (its key and text).
+template <class Taken, class Take>
+std::vector<Taken> selectOrdered(Store& store, const Sentence& sentence, const std::string& sentenceText,
+                                 Take take) {
     Plan plan = makePlan(store, sentence, sentenceText);
     struct Candidate {
         std::string order;
         std::string keyOrder;
-        SelectedRecord selected;
+        std::string key;
+        Taken taken;
     };
     std::vector<Candidate> found;
-    // Conditions on the key are judged before the record's text is split: most records a range reads
-    // fail on one of them.
-    const DynamicRecord noRecord;
-    auto consider = [&](const std::string& key, const std::string& text) {
-        for (const Resolved& r : plan.conditions) {
-            if (r.source.kind != FieldSource::Kind::Attribute && !matches(r, key, noRecord)) return true;
-        }
-        DynamicRecord record(text);
-        for (const Resolved& r : plan.conditions) {
-            if (r.source.kind == FieldSource::Kind::Attribute && !matches(r, key, record)) return true;
-        }
-        std::string order = plan.sortField ? sortKey(plan.sortField->firstValue(key, record)) : std::string();
-        found.push_back({std::move(order), sortKey(key), {key, std::move(record)}});
+    scan(store, sentence, plan, [&](const std::string& key, const std::string& text) {
+        const RecordText record(text);
+        if (!meetsAll(plan, key, record)) return true;
+        std::string order =
+            plan.sortField ? sortKey(firstValue(*plan.sortField, key, record)) : std::string();
+        found.push_back({std::move(order), {}, key, take(key, text, record)});
         return true;
-    };
-    if (plan.ranges.empty()) {
-        store.scanAll(sentence.file, consider);
-    } else {
-        for (const KeyRange& range : plan.ranges)
-            store.scanRange(sentence.file, range, consider);
-    }
-    // Positions are sorted rather than the candidates themselves, which are large to move.
+    });
+    // Positions are sorted rather than the candidates themselves, which are large to move: by the sort
+    // field's value first, then, only among records that share a value, by key. The key's sort key is
+    // made for those alone.
     std::vector<std::size_t> rank(found.size());
     for (std::size_t i = 0; i < rank.size(); ++i)
         rank[i] = i;
-    bool descending = plan.descending;
+    const bool descending = plan.descending;
     std::sort(rank.begin(), rank.end(), [&found, descending](std::size_t i, std::size_t j) {
-        const Candidate& a = found[i];
-        const Candidate& b = found[j];
-        int order = a.order.compare(b.order);
-        if (order != 0) return descending ? order > 0 : order < 0;
-        return a.keyOrder < b.keyOrder || (a.keyOrder == b.keyOrder && a.selected.key < b.selected.key);
+        const int order = found[i].order.compare(found[j].order);
+        return descending ? order > 0 : order < 0;
     });
+    for (auto first = rank.begin(); first != rank.end();) {
+        const std::string& value = found[*first].order;
+        auto last =
+            std::find_if(first + 1, rank.end(), [&](std::size_t k) { return found[k].order != value; });
+        if (last - first > 1) {
+            for (auto it = first; it != last; ++it)
+                found[*it].keyOrder = sortKey(found[*it].key);
+            std::sort(first, last, [&found](std::size_t i, std::size_t j) {
+                const int byKey = found[i].keyOrder.compare(found[j].keyOrder);
+                return byKey < 0 || (byKey == 0 && found[i].key < found[j].key);
+            });
+        }
+        first = last;
+    }
     // A record found through several of its values comes once.
-    std::vector<SelectedRecord> out;
+    std::vector<Taken> out;
     out.reserve(found.size());
+    const std::string* last = nullptr;
     for (std::size_t i : rank) {
-        if (!out.empty() && out.back().key == found[i].selected.key) continue;
-        out.push_back(std::move(found[i].selected));
+        if (last && *last == found[i].key) continue;
+        last = &found[i].key;
+        out.push_back(std::move(found[i].taken));
     }
     return out;
+}
+
+}  // namespace
+
+std::vector<SelectedRecord> select(Store& store, const Sentence& sentence, const std::string& sentenceText) {
+    return selectOrdered<SelectedRecord>(
+        store, sentence, sentenceText,
+        [](const std::string& key, const std::string& text, const RecordText&) {
+            return SelectedRecord{key, DynamicRecord(text)};
+        });
+}
+
+void selectEach(Store& store, const Sentence& sentence, const std::string& sentenceText,
+                const SelectedVisitor& visit) {
+    Plan plan = makePlan(store, sentence, sentenceText);
+    std::unordered_set<std::string> seen;
+    scan(store, sentence, plan, [&](const std::string& key, const std::string& text) {
+        if (plan.repeats && !seen.insert(key).second) return true;
+        if (meetsAll(plan, key, RecordText(text))) visit(key, DynamicRecord(text));
+        return true;
+    });
+}
+
+DynamicRecord query(Store& store, const Sentence& sentence, const std::string& sentenceText,
+                    const std::vector<std::int32_t>& attributes) {
+    // Each record's line of the reply is made as the record is read, from its text in place.
+    std::vector<std::string> lines = selectOrdered<std::string>(
+        store, sentence, sentenceText,
+        [&](const std::string& key, const std::string&, const RecordText& record) {
+            std::string line;
+            for (std::size_t i = 0; i < attributes.size(); ++i) {
+                if (i > 0) line += kValueMark;
+                line += attributes[i] == 0 ? std::string_view(key) : record.view(attributes[i], 1);
+            }
+            return line;
+        });
+    DynamicRecord reply;
+    std::int64_t row = 0;
+    for (const std::string& line : lines)
+        reply.set(++row, line);
+    return reply;
 }
 
 DynamicRecord listing(const std::vector<SelectedRecord>& records,

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "base/error.h"
 #include "support/memory_database.h"
 
@@ -158,6 +160,34 @@ TEST_F(QueryTest, ChangesReachTheIndexes) {
     EXPECT_EQ(m.keys("SSIADTOURNEE", sentence), Keys{"00100031215120900"});
     m.db->store().remove("SSIADTOURNEE", "00100031215120900");
     EXPECT_EQ(m.keys("SSIADTOURNEE", sentence), Keys{});
+}
+
+// Taking the records one at a time gives those of the ordered reply, each once: a record found through
+// two values of a multi-valued field included.
+TEST_F(QueryTest, RecordsTakenOneAtATimeAreThoseOfTheReply) {
+    for (const char* sentence : {
+             "SELECT SSIADCARACTTOURNEE AVEC 8 >= \"NORD\"",
+             "SELECT SSIADCARACTTOURNEE AVEC 8 = \"SUD\" AND AVEC 9 <> \"1\" PAR 1",
+             "SELECT SSIADTOURNEE AVEC DateTournee < \"21511\" PAR DateTournee",
+             "SELECT SSIADTOURNEE AVEC CodeAide = \"00012\" AND AVEC 1 = \"0800\"",
+             "SELECT SSIADTOURNEE AVEC 1 = \"0800\"",
+             "SELECT SSIADTOURNEE AVEC CodeTournee = \"009\"",
+         }) {
+        SCOPED_TRACE(sentence);
+        const mvdb::Sentence parsed = mvdb::parseSentence(sentence);
+        Keys reply;
+        for (const mvdb::SelectedRecord& r : mvdb::select(m.db->store(), parsed, sentence))
+            reply.push_back(r.key);
+        Keys taken;
+        mvdb::selectEach(m.db->store(), parsed, sentence,
+                         [&](const std::string& key, const mvdb::DynamicRecord& record) {
+                             EXPECT_EQ(m.db->store().read(parsed.file, key), record.text());
+                             taken.push_back(key);
+                         });
+        std::sort(reply.begin(), reply.end());
+        std::sort(taken.begin(), taken.end());
+        EXPECT_EQ(taken, reply);
+    }
 }
 
 // Numbers sort before texts; a number compares with a number as a number and with a text as a text.
