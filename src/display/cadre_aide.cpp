@@ -3,6 +3,8 @@
 // The pane of aidés: the interventions of the day that still lack an intervenant, derived for each
 // aidé from the accord, the protocoles and what is already planned. With a tournée shown, only what
 // that tournée could take.
+#include <algorithm>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -86,6 +88,47 @@ std::vector<model::LabelRow> etiquettesRestantes(Ctr_Zandorel& c, Equipe equipe)
     return restantes;
 }
 
+// Puts the rows a pane builder derives into TabTempoAide where InsererDansTabTempoAide, called for each in
+// turn, would have put them. A row goes after every row that starts no later, so on a table empty at the
+// start the outcome is the arrivals in a stable order of start: one sort instead of a walk from the first
+// row for each, which made the display quadratic in its labels. A table that holds rows already, or none
+// at all, takes each row through InsererDansTabTempoAide as it comes.
+class RangementAide {
+public:
+    using UnParUn = std::function<void(const model::LabelRow&)>;
+
+    RangementAide(Ctr_Zandorel& c, UnParUn unParUn)
+        : m_c(c),
+          m_unParUn(std::move(unParUn)),
+          m_differe(c.TabTempoAide.exists() && c.TabTempoAide->DCount() == 0) {}
+
+    void ajouter(model::LabelRow e) {
+        if (m_differe)
+            m_rangees.push_back(std::move(e));
+        else
+            m_unParUn(e);
+    }
+
+    // Writes the rows kept so far. Also run when the builder fails halfway, so that the table holds what
+    // the insertions made before the failure would have left.
+    void terminer() {
+        // Starts are whole numbers, whose order as integers is the order of their texts as values.
+        std::stable_sort(
+            m_rangees.begin(), m_rangees.end(),
+            [](const model::LabelRow& a, const model::LabelRow& b) { return a.HeureDebut < b.HeureDebut; });
+        for (const model::LabelRow& e : m_rangees)
+            m_c.AjoutEtqAide(static_cast<int>(m_c.TabTempoAide->DCount()) + 1, e.NumEtq, e.HeureDebut,
+                             e.HeureFin, e.DureeMn, e.TopEtq, e.CleProtocole, e.TypeEtq);
+        m_rangees.clear();
+    }
+
+private:
+    Ctr_Zandorel& m_c;
+    UnParUn m_unParUn;
+    const bool m_differe;
+    std::vector<model::LabelRow> m_rangees;
+};
+
 }  // namespace
 
 int Ctr_Zandorel::InsererDansTabTempoAide(int NumEtq, int HeureDebut, int HeureFin, int DureeMn, int TopEtq,
@@ -95,9 +138,10 @@ int Ctr_Zandorel::InsererDansTabTempoAide(int NumEtq, int HeureDebut, int HeureF
     // An empty table, or a last row that starts no later, takes the row at the end. Otherwise the row
     // goes before the first one that starts strictly later: rows of equal start keep their arrival.
     int row = n + 1;
-    if (n > 0 && base::compareValues(TabTempoAide(n, model::col::HeureDebut), debut) > 0) {
+    const mvdb::DynamicRecord& table = *TabTempoAide;
+    if (n > 0 && base::compareValues(table.view(n, model::col::HeureDebut), debut) > 0) {
         row = 1;
-        while (base::compareValues(TabTempoAide(row, model::col::HeureDebut), debut) <= 0)
+        while (base::compareValues(table.view(row, model::col::HeureDebut), debut) <= 0)
             ++row;
     }
     AjoutEtqAide(row, NumEtq, HeureDebut, HeureFin, DureeMn, TopEtq, CleProtocole, TypeEtq);
@@ -126,16 +170,25 @@ void Ctr_Zandorel::CadreAideSansTournee() {
 
     // 2.
     if (!TabAccords(1).empty()) {
-        for (std::int64_t i = 1; i <= TabAccords.DCount(); ++i) {
-            if (!data::PeriodeActive(database(), TabAccords, i)) continue;
-            const std::string code = base::Left(TabAccords(i, kCleAccord), 5);
-            RechercheProtocole(code);
-            RechercheInterventionsValidees(code, false, 2);
-            // 3.
-            for (const model::LabelRow& e : etiquettesRestantes(*this, Equipe::Seul))
-                InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq,
-                                        e.CleProtocole, e.TypeEtq);
+        RangementAide rangement(*this, [this](const model::LabelRow& e) {
+            InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq, e.CleProtocole,
+                                    e.TypeEtq);
+        });
+        try {
+            for (std::int64_t i = 1; i <= TabAccords.DCount(); ++i) {
+                if (!data::PeriodeActive(database(), TabAccords, i)) continue;
+                const std::string code = base::Left(TabAccords(i, kCleAccord), 5);
+                RechercheProtocole(code);
+                RechercheInterventionsValidees(code, false, 2);
+                // 3.
+                for (model::LabelRow& e : etiquettesRestantes(*this, Equipe::Seul))
+                    rangement.ajouter(std::move(e));
+            }
+        } catch (...) {
+            rangement.terminer();
+            throw;
         }
+        rangement.terminer();
     }
 
     finCommandeLongue();
@@ -146,21 +199,30 @@ void Ctr_Zandorel::CadreAideAvecTournee() {
     TabAccordsTournee = accordsDuJour(database(), ObjetConversion.DateInterne(Cbo_Date.text()));
     const Equipe equipe = NbIntervenantsTournee == 2 ? Equipe::Paire : Equipe::Seul;
 
-    for (std::int64_t i = 1; i <= TabAccordsTournee.DCount(); ++i) {
-        const std::string cle = TabAccordsTournee(i, kCleAccord);
-        const std::string code = base::Left(cle, 5);
-        // 2.
-        if (!secteurDeLaTournee(code + base::Mid(cle, 9, 6))) continue;
-        // 3.
-        if (!data::PeriodeActive(database(), TabAccordsTournee, i)) continue;
-        // 4. With the tournée's filter; every record of the aidé's day, this tournée's included.
-        RechercheProtocole(code);
-        RechercheInterventionsValidees(code, true, 2);
-        // 5.
-        for (const model::LabelRow& e : etiquettesRestantes(*this, equipe))
-            InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq, e.CleProtocole,
-                                    e.TypeEtq);
+    RangementAide rangement(*this, [this](const model::LabelRow& e) {
+        InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq, e.CleProtocole,
+                                e.TypeEtq);
+    });
+    try {
+        for (std::int64_t i = 1; i <= TabAccordsTournee.DCount(); ++i) {
+            const std::string cle = TabAccordsTournee(i, kCleAccord);
+            const std::string code = base::Left(cle, 5);
+            // 2.
+            if (!secteurDeLaTournee(code + base::Mid(cle, 9, 6))) continue;
+            // 3.
+            if (!data::PeriodeActive(database(), TabAccordsTournee, i)) continue;
+            // 4. With the tournée's filter; every record of the aidé's day, this tournée's included.
+            RechercheProtocole(code);
+            RechercheInterventionsValidees(code, true, 2);
+            // 5.
+            for (model::LabelRow& e : etiquettesRestantes(*this, equipe))
+                rangement.ajouter(std::move(e));
+        }
+    } catch (...) {
+        rangement.terminer();
+        throw;
     }
+    rangement.terminer();
 }
 
 }  // namespace control

@@ -2,6 +2,7 @@
 
 // What an aidé needs on the day shown. Nothing stores it: the server expands the protocoles for the
 // date into a temporary record, which this routine reads, sifts and deletes.
+#include <string>
 #include <string_view>
 
 #include "base/clock.h"
@@ -60,6 +61,14 @@ bool retenuParLaTournee(data::FichiersSSIAD& f, const std::string& cle, std::str
            base::compareValues(f.EnregSSIADPROTOCOLE(data::protocole::kNbIntervenants, 1), "2") == 0;
 }
 
+// The system's user name, asked once for the life of the process: the login of the session and the
+// owner of the process do not change while it runs, and each asking reads the user database, for every
+// aidé of a display.
+const std::string& nomUtilisateur(const Ctr_Zandorel& c) {
+    static const std::string nom = c.NomUtilisateurSysteme();
+    return nom;
+}
+
 }  // namespace
 
 void Ctr_Zandorel::RechercheProtocole(const std::string& CodeAide) {
@@ -75,7 +84,7 @@ void Ctr_Zandorel::RechercheProtocole(const std::string& CodeAide) {
 
     // 3.
     const std::string nomTemporaire =
-        base::UCase(NomUtilisateurSysteme()) + heureHhnnss(clock().secondsOfDay());
+        base::UCase(nomUtilisateur(*this)) + heureHhnnss(clock().secondsOfDay());
 
     // 4. The range is one day long.
     const std::string premierJour = ObjetConversion.DateInterne(avecTournee ? DateAffichee : Txt_Date.text());

@@ -118,6 +118,21 @@ TEST(CadreAideSansTournee, RowsRiseByStartAndEqualStartsKeepTheirArrival) {
               "1300 45 0 " + premiere);
 }
 
+// Rows already waiting (an assignment keeps them) need not rise by start: each new row is placed among
+// them by the walk from the first row, as if it came alone.
+TEST(CadreAideSansTournee, RowsAlreadyWaitingTakeEachNewOneWhereTheWalkPutsIt) {
+    Service s;
+    s.protocole("00012", "0900");
+    s.protocole("00034", "0800");
+    s.service.put("SSIADACCORDS", "00012001000001", {"21000", "22000"});
+    s.service.put("SSIADACCORDS", "00034001000001", {"21000", "22000"});
+    s.c.AjoutEtqAide(1, 7, 1200, 1300, 45, 0, "99999210000000011200", "I");
+    s.c.AjoutEtqAide(2, 8, 850, 1300, 45, 0, "99999210000000010850", "I");
+    s.c.CadreAideSansTournee();
+    EXPECT_EQ(s.aides(), (std::vector<std::string>{"00034 800 1 I", "99999 1200 7 I", "99999 850 8 I",
+                                                   "00012 900 1 I"}));
+}
+
 TEST(CadreAideAvecTournee, TakesWhatItsSectorsAndItsSizeAllow) {
     struct Row {
         const char* name;
