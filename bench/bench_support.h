@@ -9,6 +9,8 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -55,15 +57,45 @@ inline void generateService(const std::string& path, int aides) {
     app::writeDemoService(database, {today(), aides, 60, 1});
 }
 
+// The process's peak resident memory, from the kernel's high-water mark, which resetPeakResident
+// brings back to the present size (Linux): a routine's own peak, apart from the generation of its data.
+inline long statusKb(const char* field) {
+    long kb = -1;
+    if (std::FILE* status = std::fopen("/proc/self/status", "r")) {
+        char line[256];
+        const std::size_t n = std::strlen(field);
+        while (std::fgets(line, sizeof line, status)) {
+            if (std::strncmp(line, field, n) == 0 && line[n] == ':') {
+                kb = std::atol(line + n + 1);
+                break;
+            }
+        }
+        std::fclose(status);
+    }
+    return kb;
+}
+
 inline long peakResidentKb() {
+    if (long kb = statusKb("VmHWM"); kb >= 0) return kb;
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     return usage.ru_maxrss;
 }
 
+inline long residentKb() {
+    return statusKb("VmRSS");
+}
+
+inline void resetPeakResident() {
+    if (std::FILE* refs = std::fopen("/proc/self/clear_refs", "w")) {
+        std::fputs("5", refs);
+        std::fclose(refs);
+    }
+}
+
 // One call made on the store, as much of it as a replay needs.
 struct Call {
-    enum Kind { Read, Write, Remove, ScanAll, ScanRange } kind;
+    enum Kind { Read, Write, Remove, ScanAll, ScanRange, BeginRead, EndRead } kind;
     std::string file;
     std::string key;
     std::string text;
@@ -99,6 +131,16 @@ public:
         ForwardingStore::scanRange(f, r, v);
     }
 
+    // A routine that reads inside one read transaction pays its locks once: the floor does the same.
+    void beginRead() override {
+        keep({Call::BeginRead, {}, {}, {}, {}});
+        ForwardingStore::beginRead();
+    }
+    void endRead() override {
+        keep({Call::EndRead, {}, {}, {}, {}});
+        ForwardingStore::endRead();
+    }
+
 private:
     void keep(Call call) {
         if (recording) calls.push_back(std::move(call));
@@ -107,7 +149,8 @@ private:
 
 // The calls by kind and file, on stderr: where a routine's reads go.
 inline void printCalls(const std::vector<Call>& calls) {
-    static const char* const kinds[] = {"read", "write", "remove", "scanAll", "scanRange"};
+    static const char* const kinds[] = {"read",      "write",     "remove", "scanAll",
+                                        "scanRange", "beginRead", "endRead"};
     std::map<std::string, int> tally;
     for (const Call& c : calls)
         ++tally[std::string(kinds[c.kind]) + " " + c.file +
@@ -177,6 +220,13 @@ class Replay {
 public:
     Replay(Floor& floor, const std::vector<Call>& calls) : m_floor(floor) {
         for (const Call& c : calls) {
+            if (c.kind == Call::BeginRead || c.kind == Call::EndRead) {
+                const std::string sql = c.kind == Call::BeginRead ? "BEGIN" : "COMMIT";
+                auto [it, fresh] = m_statements.try_emplace(sql, nullptr);
+                if (fresh) it->second = floor.prepare(sql);
+                m_steps.push_back({&c, it->second});
+                continue;
+            }
             const bool scratch = mvdb::dictionaryFor(c.file).scratch;
             const std::string table = std::string(scratch ? "temp" : "main") + ".\"f_" + c.file + "\"";
             const std::string index = "main.\"x_" + c.file + "\"";
@@ -198,6 +248,9 @@ public:
                 case Call::ScanAll:
                     sql = "SELECT key, rec FROM " + table + " ORDER BY key";
                     break;
+                case Call::BeginRead:
+                case Call::EndRead:
+                    break;
                 case Call::ScanRange:
                     sql = "SELECT m.key, m.rec FROM " + index + " AS x CROSS JOIN " + table +
                           " AS m ON m.key = x.key WHERE x.fld = ?1 AND x.k " +
@@ -215,8 +268,15 @@ public:
     // Runs every statement once, in the routine's order; gives the rows read.
     long run() {
         long rows = 0;
+        int readers = 0;  // read transactions nest; the outermost pair is the one that counts
         for (const auto& [c, s] : m_steps) {
             switch (c->kind) {
+                case Call::BeginRead:
+                    if (readers++ > 0) continue;
+                    break;
+                case Call::EndRead:
+                    if (readers == 0 || --readers > 0) continue;
+                    break;
                 case Call::Read:
                 case Call::Remove:
                     bindText(s, 1, c->key);

@@ -12,6 +12,7 @@
 #include "bench_support.h"
 #include "mvdb/dynamic_record.h"
 #include "mvdb/sort_key.h"
+#include "pg_support.h"
 
 namespace {
 
@@ -28,18 +29,41 @@ std::string pad(long value, int width) {
     return std::string(static_cast<std::size_t>(std::max(0, width - static_cast<int>(s.size()))), '0') + s;
 }
 
-// A service file with `records` interventions: each aidé has one a day in a tournée of its own, going
-// back as many days as it takes.
+// A service with `records` interventions, in a file or, on PostgreSQL, in a schema of its own: each aidé
+// has one a day in a tournée of its own, going back as many days as it takes.
 struct Fichier {
     bench::TempFile file;
+    std::unique_ptr<bench::PgSchema> schema;
     base::FixedClock clock{bench::today(), 8 * 3600};
     std::unique_ptr<mvdb::Database> db;
 
-    explicit Fichier(long records) : file("sentences-" + std::to_string(records)) {
+    Fichier(long records, bool pg) : file("sentences-" + std::to_string(records)) {
+        if (pg) {
+            schema = std::make_unique<bench::PgSchema>("sentences_" + std::to_string(records));
+            bench::generateService(*schema, 200);
+            db = std::make_unique<mvdb::Database>(schema->open(mvdb::OpenMode::ExistingOnly), clock);
+            bench::PgFloor floor(bench::pgServer(), schema->name);
+            floor.exec("BEGIN");
+            bench::PgBulkWriter writer(floor, "SSIADTOURNEE");
+            ecrire(records,
+                   [&](const std::string& key, const std::string& text) { writer.write(key, text); });
+            writer.flush();
+            floor.exec("COMMIT");
+            floor.exec("ANALYZE");
+            return;
+        }
         bench::generateService(file.path, 200);
         db = std::make_unique<mvdb::Database>(
             mvdb::SqliteStore::open(file.path, mvdb::OpenMode::ExistingOnly), clock);
         mvdb::Transaction t(*db);
+        ecrire(records, [&](const std::string& key, const std::string& text) {
+            db->store().write("SSIADTOURNEE", key, text);
+        });
+        t.commit();
+    }
+
+    template <class Write>
+    void ecrire(long records, Write write) {
         const long present = static_cast<long>(db->store().count("SSIADTOURNEE"));
         for (long i = present; i < records; ++i) {
             const long aide = 1 + i % kAides;
@@ -49,16 +73,16 @@ struct Fichier {
             mvdb::DynamicRecord r;
             r.set(1, heure);
             r.set(2, pad(aide, 5) + "210000000011" + heure);
-            db->store().write("SSIADTOURNEE", key, r.text());
+            write(key, r.text());
         }
-        t.commit();
     }
 };
 
-Fichier& fichier(long records) {
-    static std::map<long, std::unique_ptr<Fichier>> fichiers;
-    auto& f = fichiers[records];
-    if (!f) f = std::make_unique<Fichier>(records);
+std::map<std::pair<long, bool>, std::unique_ptr<Fichier>> g_fichiers;
+
+Fichier& fichier(long records, bool pg) {
+    auto& f = g_fichiers[{records, pg}];
+    if (!f) f = std::make_unique<Fichier>(records, pg);
     return *f;
 }
 
@@ -89,6 +113,7 @@ struct Selection {
     std::string sentence;
     const char* list;
     std::string sql;
+    std::string pgSql;               // the same on PostgreSQL, where keys are bytea
     std::vector<std::string> binds;  // the first an integer, then sort keys as blobs
     std::size_t premierTexte;        // binds from this one on compare with text: bound as text
     // Keeps a row the SQL could not judge; null: every row.
@@ -101,6 +126,10 @@ std::string indexJoin(const char* file) {
     return std::string("SELECT m.key, m.rec FROM main.\"x_") + file + "\" AS x CROSS JOIN main.\"f_" + file +
            "\" AS m ON m.key = x.key WHERE x.fld = ?1 AND ";
 }
+std::string pgIndexJoin(const char* file) {
+    return std::string("SELECT m.key, m.rec FROM \"x_") + file + "\" AS x JOIN \"f_" + file +
+           "\" AS m ON m.key = x.key WHERE x.fld = $1 AND ";
+}
 
 std::vector<Selection> selections() {
     const std::string jour = std::to_string(jourFin() - 3);
@@ -111,6 +140,7 @@ std::vector<Selection> selections() {
          "SELECT SSIADTOURNEE AVEC CodeAide = \"00012\" AND AVEC DateTournee = \"" + jour + "\"",
          "0 1 2",
          indexJoin("SSIADTOURNEE") + "x.k = ?2 AND substr(m.key, 9, 5) = ?3 ORDER BY m.key",
+         pgIndexJoin("SSIADTOURNEE") + "x.k = $2 AND substring(m.key from 9 for 5) = $3 ORDER BY m.key",
          {"1", mvdb::sortKey("00012"), jour},
          2,
          nullptr,
@@ -122,6 +152,8 @@ std::vector<Selection> selections() {
          "0",
          indexJoin("SSIADTOURNEE") +
              "x.k = ?2 AND substr(m.key, 9, 5) <= ?3 ORDER BY substr(m.key, 9, 5) DESC, m.key",
+         pgIndexJoin("SSIADTOURNEE") + "x.k = $2 AND substring(m.key from 9 for 5) <= $3 "
+                                       "ORDER BY substring(m.key from 9 for 5) DESC, m.key",
          {"0", mvdb::sortKey("013"), jour},
          2,
          nullptr,
@@ -131,6 +163,7 @@ std::vector<Selection> selections() {
          "SELECT SSIADACCORDS AVEC 1 <= \"" + accord + "\" AND AVEC 2 >= \"" + accord + "\" PAR CodeAide",
          "0 1 2 3",
          indexJoin("SSIADACCORDS") + "x.k >= ?2 AND x.k <= ?3 ORDER BY m.key",
+         pgIndexJoin("SSIADACCORDS") + "x.k >= $2 AND x.k <= $3 ORDER BY m.key",
          {"1", std::string(1, mvdb::kNumberSegment), mvdb::sortKey(accord)},
          99,
          [](std::string_view rec) {
@@ -143,6 +176,7 @@ std::vector<Selection> selections() {
          "SELECT SSIADCARACTTOURNEE AVEC 1 = \"SOIGNANT]\" AND AVEC 9 <> \"1\" PAR 1",
          "0 1 10",
          indexJoin("SSIADCARACTTOURNEE") + "x.k >= ?2 AND x.k < ?3",
+         pgIndexJoin("SSIADCARACTTOURNEE") + "x.k >= $2 AND x.k < $3",
          {"0", std::string(1, mvdb::kTextSegment) + "SOIGNANT",
           mvdb::prefixEnd(std::string(1, mvdb::kTextSegment) + "SOIGNANT")},
          99,
@@ -153,8 +187,8 @@ std::vector<Selection> selections() {
     };
 }
 
-void BM_Phrase(benchmark::State& state, std::size_t which) {
-    Fichier& f = fichier(state.range(0));
+void BM_Phrase(benchmark::State& state, std::size_t which, bool pg) {
+    Fichier& f = fichier(state.range(0), pg);
     const Selection s = selections()[which];
     long rows = 0;
     for (auto _ : state)
@@ -163,13 +197,27 @@ void BM_Phrase(benchmark::State& state, std::size_t which) {
     state.counters["records"] = static_cast<double>(f.db->store().count("SSIADTOURNEE"));
 }
 
-void BM_SQL(benchmark::State& state, std::size_t which) {
-    Fichier& f = fichier(state.range(0));
+void BM_SQL(benchmark::State& state, std::size_t which, bool pg) {
+    Fichier& f = fichier(state.range(0), pg);
     const Selection s = selections()[which];
-    bench::Floor floor(f.file.path);
-    sqlite3_stmt* stmt = floor.prepare(s.sql);
     long rows = 0;
     std::vector<std::pair<std::string, std::string>> found;
+    if (pg) {
+        bench::PgFloor floor(bench::pgServer(), f.schema->name);
+        const std::string& name = floor.prepare(s.pgSql);
+        const std::vector<std::string_view> binds(s.binds.begin(), s.binds.end());
+        for (auto _ : state) {
+            found.clear();
+            floor.run(name, binds, 1, &found, s.garder);
+            if (s.avant) std::sort(found.begin(), found.end(), s.avant);
+            rows = static_cast<long>(found.size());
+            benchmark::DoNotOptimize(found.data());
+        }
+        state.counters["rows"] = static_cast<double>(rows);
+        return;
+    }
+    bench::Floor floor(f.file.path);
+    sqlite3_stmt* stmt = floor.prepare(s.sql);
     for (auto _ : state) {
         found.clear();
         sqlite3_bind_int(stmt, 1, std::stoi(s.binds[0]));
@@ -196,11 +244,17 @@ void BM_SQL(benchmark::State& state, std::size_t which) {
 
 void registerAll() {
     const auto all = selections();
+    // On PostgreSQL 100,000 records: a million take long to generate there.
+    const bool pg = !bench::pgServer().empty();
     for (std::size_t i = 0; i < all.size(); ++i) {
         for (const char* kind : {"phrase", "sql"}) {
             auto* b = benchmark::RegisterBenchmark((std::string(kind) + "/" + all[i].nom).c_str(),
-                                                   kind[0] == 'p' ? BM_Phrase : BM_SQL, i);
+                                                   kind[0] == 'p' ? BM_Phrase : BM_SQL, i, false);
             b->ArgName("records")->Arg(100000)->Arg(1000000)->Unit(benchmark::kMicrosecond);
+            if (!pg) continue;
+            b = benchmark::RegisterBenchmark((std::string("pg/") + kind + "/" + all[i].nom).c_str(),
+                                             kind[0] == 'p' ? BM_Phrase : BM_SQL, i, true);
+            b->ArgName("records")->Arg(100000)->Unit(benchmark::kMicrosecond);
         }
     }
 }
@@ -213,5 +267,6 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    g_fichiers.clear();
     return 0;
 }
