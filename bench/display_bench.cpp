@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "bench_support.h"
+#include "day_choice.h"
 #include "pg_support.h"
 #include "shell/ctr_zandorel.h"
 #include "shell/droits.h"
@@ -48,13 +49,7 @@ struct Ecran {
     }
 
     void afficher(bool avecTournee) {
-        if (avecTournee) {
-            c->Txt_CodeTournee.setText("001");
-            c->Cbo_Date.setText("23/11/2026");
-        } else {
-            c->Txt_CodeTournee.setText("");
-            c->Txt_Date.setText("23/11/2026");
-        }
+        bench::choisirJour(*c, avecTournee);
         c->Cmd_Affichage.fireClick();
     }
 };

@@ -14,6 +14,7 @@
 #include <memory>
 
 #include "bench_support.h"
+#include "day_choice.h"
 #include "qtui/main_window.h"
 #include "shell/ctr_zandorel.h"
 #include "shell/droits.h"
@@ -66,13 +67,7 @@ struct Fenetre {
     // would otherwise pile them up and slow every display that follows.
     void choisir(bool avecTournee) {
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        if (avecTournee) {
-            c->Txt_CodeTournee.setText("001");
-            c->Cbo_Date.setText("23/11/2026");
-        } else {
-            c->Txt_CodeTournee.setText("");
-            c->Txt_Date.setText("23/11/2026");
-        }
+        bench::choisirJour(*c, avecTournee);
         QApplication::processEvents();
     }
 
