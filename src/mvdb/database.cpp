@@ -14,7 +14,8 @@ DynamicRecord File::Read(const std::string& key) {
         throw base::Error(base::codes::kMissingKey,
                           "Enregistrement absent : " + m_name + ", clé « " + key + " »");
     }
-    DynamicRecord record(*text);
+    DynamicRecord record;
+    record.takeText(std::move(*text));
     record.bind(shared_from_this(), key);
     return record;
 }

@@ -1,5 +1,7 @@
 #include "mvdb/dynamic_record.h"
 
+#include <algorithm>
+#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -39,6 +41,8 @@ void replacePiece(std::string& whole, char mark, std::int64_t index, std::string
 
 std::vector<std::string> splitAttributes(std::string_view wholeText) {
     std::vector<std::string> attributes;
+    attributes.reserve(
+        1 + static_cast<std::size_t>(std::count(wholeText.begin(), wholeText.end(), kAttributeMark)));
     std::size_t start = 0;
     for (;;) {
         const std::size_t end = wholeText.find(kAttributeMark, start);
@@ -70,6 +74,7 @@ DynamicRecord::DynamicRecord(std::string_view wholeText) {
 }
 
 std::string DynamicRecord::text() const {
+    if (m_packed) return m_whole;
     std::size_t length = m_attributes.size();
     for (const std::string& attribute : m_attributes)
         length += attribute.size();
@@ -83,8 +88,55 @@ std::string DynamicRecord::text() const {
 }
 
 void DynamicRecord::setText(std::string_view wholeText) {
-    m_attributes = splitAttributes(wholeText);
-    normalize();
+    m_whole.assign(wholeText);
+    pack();
+}
+
+void DynamicRecord::takeText(std::string&& wholeText) {
+    m_whole = std::move(wholeText);
+    pack();
+}
+
+void DynamicRecord::pack() {
+    m_packed = true;
+    m_attributes.clear();
+    m_starts.clear();
+    if (m_whole.empty()) return;
+    // Records are short: a count and one pass over the bytes beat a search per mark.
+    m_starts.resize(1 + static_cast<std::size_t>(std::count(m_whole.begin(), m_whole.end(), kAttributeMark)));
+    std::size_t attribute = 1;
+    for (std::size_t i = 0; i < m_whole.size(); ++i) {
+        if (m_whole[i] == kAttributeMark) m_starts[attribute++] = i + 1;
+    }
+}
+
+void DynamicRecord::unpack() {
+    if (!m_packed) return;
+    m_attributes = m_whole.empty() ? std::vector<std::string>() : splitAttributes(m_whole);
+    m_packed = false;
+    m_whole = std::string();
+    m_starts = std::vector<std::size_t>();
+}
+
+std::string_view DynamicRecord::stableText(std::string_view text, std::int64_t attribute, std::string& keep) {
+    const auto index = static_cast<std::size_t>(attribute - 1);
+    const std::less<const char*> before;
+    const bool inTarget = index < m_attributes.size() && !before(text.data(), m_attributes[index].data()) &&
+                          !before(m_attributes[index].data() + m_attributes[index].size(), text.data());
+    if (m_packed || index >= m_attributes.capacity() || inTarget) {
+        keep.assign(text);
+        text = keep;
+    }
+    unpack();
+    return text;
+}
+
+bool DynamicRecord::operator==(const DynamicRecord& other) const {
+    if (DCount() != other.DCount()) return false;
+    for (std::int64_t attribute = 1; attribute <= DCount(); ++attribute) {
+        if (view(attribute) != other.view(attribute)) return false;
+    }
+    return true;
 }
 
 std::string DynamicRecord::operator()(std::int64_t attribute) const {
@@ -101,8 +153,12 @@ std::string DynamicRecord::operator()(std::int64_t attribute, std::int64_t value
 }
 
 std::string_view DynamicRecord::view(std::int64_t attribute) const {
-    if (attribute < 1 || static_cast<std::uint64_t>(attribute) > m_attributes.size()) return {};
-    return m_attributes[static_cast<std::size_t>(attribute - 1)];
+    if (attribute < 1 || attribute > DCount()) return {};
+    const auto index = static_cast<std::size_t>(attribute - 1);
+    if (!m_packed) return m_attributes[index];
+    const std::size_t start = m_starts[index];
+    const std::size_t end = index + 1 < m_starts.size() ? m_starts[index + 1] - 1 : m_whole.size();
+    return std::string_view(m_whole).substr(start, end - start);
 }
 
 std::string_view DynamicRecord::view(std::int64_t attribute, std::int64_t value) const {
@@ -116,6 +172,8 @@ std::string_view DynamicRecord::view(std::int64_t attribute, std::int64_t value,
 
 void DynamicRecord::set(std::int64_t attribute, std::string_view text) {
     if (attribute < 1) return;
+    std::string keep;
+    text = stableText(text, attribute, keep);
     attributeForWrite(attribute) = text;
     spliceAttribute(attribute);
 }
@@ -123,6 +181,8 @@ void DynamicRecord::set(std::int64_t attribute, std::string_view text) {
 void DynamicRecord::set(std::int64_t attribute, std::int64_t value, std::string_view text) {
     if (attribute < 1 || value < 1) return;
     checkWriteIndex(value);
+    std::string keep;
+    text = stableText(text, attribute, keep);
     replacePiece(attributeForWrite(attribute), kValueMark, value, text);
     spliceAttribute(attribute);
 }
@@ -132,6 +192,8 @@ void DynamicRecord::set(std::int64_t attribute, std::int64_t value, std::int64_t
     if (attribute < 1 || value < 1 || subValue < 1) return;
     checkWriteIndex(value);
     checkWriteIndex(subValue);
+    std::string keep;
+    text = stableText(text, attribute, keep);
     std::string& whole = attributeForWrite(attribute);
     std::string changed(piece(whole, kValueMark, value));
     replacePiece(changed, kSubValueMark, subValue, text);
@@ -140,7 +202,7 @@ void DynamicRecord::set(std::int64_t attribute, std::int64_t value, std::int64_t
 }
 
 std::int64_t DynamicRecord::DCount() const {
-    return static_cast<std::int64_t>(m_attributes.size());
+    return static_cast<std::int64_t>(m_packed ? m_starts.size() : m_attributes.size());
 }
 
 std::int64_t DynamicRecord::DCount(std::int64_t attribute) const {
@@ -155,16 +217,19 @@ std::int64_t DynamicRecord::DCount(std::int64_t attribute) const {
 void DynamicRecord::Insert(std::int64_t row, std::string_view value) {
     if (row < 1) return;
     checkWriteIndex(row);
+    std::string keep;
+    // Cut (and so copied) before the attributes move.
+    std::vector<std::string> inserted = splitAttributes(stableText(value, row, keep));
     const auto index = static_cast<std::size_t>(row - 1);
     if (index > m_attributes.size()) m_attributes.resize(index);
-    std::vector<std::string> inserted = splitAttributes(value);
     m_attributes.insert(m_attributes.begin() + static_cast<std::ptrdiff_t>(index),
                         std::make_move_iterator(inserted.begin()), std::make_move_iterator(inserted.end()));
     normalize();
 }
 
 void DynamicRecord::Delete(std::int64_t row) {
-    if (row < 1 || static_cast<std::uint64_t>(row) > m_attributes.size()) return;
+    if (row < 1 || row > DCount()) return;
+    unpack();
     m_attributes.erase(m_attributes.begin() + static_cast<std::ptrdiff_t>(row - 1));
     normalize();
 }
@@ -196,6 +261,7 @@ void DynamicRecord::normalize() {
 
 std::string& DynamicRecord::attributeForWrite(std::int64_t attribute) {
     checkWriteIndex(attribute);
+    unpack();
     const auto index = static_cast<std::size_t>(attribute - 1);
     if (index >= m_attributes.size()) m_attributes.resize(index + 1);
     return m_attributes[index];

@@ -32,8 +32,10 @@ public:
 // It behaves exactly like its whole text with marks: reading an address that does not exist gives the
 // empty string; writing one creates it and all before it; a text written with marks in it becomes
 // that many attributes, values or sub-values. The empty text is the record with no attribute
-// (DCount 0). Each attribute is kept apart so that a table of thousands of rows reads a cell without
-// walking the rows before it.
+// (DCount 0). A table of thousands of rows reads a cell without walking the rows before it: a record
+// made from a whole text keeps that text with where each attribute starts, which costs one pass over
+// it (a display reads thousands of records and changes few); its first change cuts it into one string
+// per attribute, the form every later change works on.
 class DynamicRecord {
 public:
     DynamicRecord() = default;
@@ -42,6 +44,8 @@ public:
     // Whole text, with marks.
     std::string text() const;
     void setText(std::string_view wholeText);
+    // The same as setText, keeping the string itself rather than a copy.
+    void takeText(std::string&& wholeText);
 
     // Reads; an address that does not exist gives the empty string. Indexes below 1 give the empty
     // string too.
@@ -78,16 +82,30 @@ public:
     // Deletes the record from its file; fails with kNotBound when it has none.
     void DBDelete() const;
 
-    bool operator==(const DynamicRecord& other) const { return m_attributes == other.m_attributes; }
+    bool operator==(const DynamicRecord& other) const;
 
 private:
+    // Finds where each attribute of m_whole starts; the record is then read in place.
+    void pack();
+    // Cuts a packed record into m_attributes, before its first change.
+    void unpack();
+    // Unpacks before a change to `attribute` whose `text` may be a view of this very record. Unpacking
+    // frees the packed text, growing past the capacity moves every attribute (a short one with its
+    // bytes), and a write inside an attribute can move its bytes: then `text` is first copied into
+    // `keep`. Gives the view to write.
+    std::string_view stableText(std::string_view text, std::int64_t attribute, std::string& keep);
     void normalize();
     // Attribute `attribute` (from 1), created with the empty ones before it when missing.
     std::string& attributeForWrite(std::int64_t attribute);
     // Cuts attribute `attribute` into several where a write left attribute marks in it.
     void spliceAttribute(std::int64_t attribute);
 
-    std::vector<std::string> m_attributes;  // each attribute's text, values and sub-values marked
+    // Packed: the whole text and the start of each attribute in it (none for the empty text).
+    bool m_packed = false;
+    std::string m_whole;
+    std::vector<std::size_t> m_starts;
+    // Otherwise each attribute's text, values and sub-values marked.
+    std::vector<std::string> m_attributes;
     std::shared_ptr<RecordSink> m_file;
     std::string m_key;
 };

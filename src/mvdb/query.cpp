@@ -134,32 +134,43 @@ KeyRange segmentRange(int index, CompareOp op, const std::string& pivot, const s
     return {index, pivot, true, high, false};
 }
 
+// An index range that a plan reads. `exact`: every record it holds meets the driving condition, so
+// that condition need not be judged again on them. That is so where the keys of the range compare as
+// the condition compares the values: a text's key is the text behind one byte, and a number's key
+// orders as the number; but a text condition reading the numbers' segment compares numbers as texts.
+struct PlannedRange {
+    KeyRange range;
+    bool exact = false;
+};
+
 // Index ranges holding every record that can meet the condition. A number compares with numbers as a
 // number and with texts as a text, so both segments may have to be read.
-std::vector<KeyRange> rangesFor(const Resolved& r) {
+std::vector<PlannedRange> rangesFor(const Resolved& r) {
     const Condition& c = *r.condition;
     std::string textPivot = kTextSegment + c.value;
-    std::vector<KeyRange> ranges;
+    std::vector<PlannedRange> ranges;
     if (c.prefix) {
-        ranges.push_back({r.index, textPivot, true, prefixEnd(textPivot), false});
-        if (couldBeginNumber(c.value)) ranges.push_back({r.index, kNumbersLow, true, kNumbersHigh, false});
+        ranges.push_back({{r.index, textPivot, true, prefixEnd(textPivot), false}, true});
+        if (couldBeginNumber(c.value))
+            ranges.push_back({{r.index, kNumbersLow, true, kNumbersHigh, false}, false});
         return ranges;
     }
     // A number equals no text: a value compared as a text equals the number's own text only if it is
     // that number. So equality with a number reads the numbers' segment alone, one range instead of two.
     if (!r.numeric || c.op != CompareOp::Equal)
-        ranges.push_back(segmentRange(r.index, c.op, textPivot, kTextsLow, kTextsHigh));
+        ranges.push_back({segmentRange(r.index, c.op, textPivot, kTextsLow, kTextsHigh), true});
     if (r.numeric) {
-        ranges.push_back(segmentRange(r.index, c.op, r.valueKey, kNumbersLow, kNumbersHigh));
+        ranges.push_back({segmentRange(r.index, c.op, r.valueKey, kNumbersLow, kNumbersHigh), true});
     } else if (c.op != CompareOp::Equal) {
-        ranges.push_back({r.index, kNumbersLow, true, kNumbersHigh, false});
+        ranges.push_back({{r.index, kNumbersLow, true, kNumbersHigh, false}, false});
     }
     return ranges;
 }
 
 struct Plan {
     std::vector<Resolved> conditions;
-    std::vector<KeyRange> ranges;  // empty: the whole file is read
+    std::vector<PlannedRange> ranges;  // empty: the whole file is read
+    std::size_t driver = 0;            // the condition that the ranges are of
     // The ranges are of a field of several values: a record can come through more than one of them.
     bool repeats = false;
     std::optional<FieldSource> sortField;
@@ -172,7 +183,7 @@ Plan makePlan(Store& store, const Sentence& sentence, const std::string& text) {
     }
     const FileDictionary& dictionary = dictionaryFor(sentence.file);
     Plan plan;
-    const Resolved* driver = nullptr;
+    std::optional<std::size_t> driver;
     int best = 99;
     for (const Condition& c : sentence.conditions) {
         Resolved r;
@@ -183,16 +194,18 @@ Plan makePlan(Store& store, const Sentence& sentence, const std::string& text) {
         r.numeric = r.valueKey[0] == kNumberSegment;
         plan.conditions.push_back(std::move(r));
     }
-    for (const Resolved& r : plan.conditions) {
-        std::optional<int> rank = narrowness(r);
+    for (std::size_t i = 0; i < plan.conditions.size(); ++i) {
+        std::optional<int> rank = narrowness(plan.conditions[i]);
         if (rank && *rank < best) {
             best = *rank;
-            driver = &r;
+            driver = i;
         }
     }
     if (driver) {
-        plan.ranges = rangesFor(*driver);
-        plan.repeats = driver->source.kind == FieldSource::Kind::Attribute;
+        const Resolved& r = plan.conditions[*driver];
+        plan.driver = *driver;
+        plan.ranges = rangesFor(r);
+        plan.repeats = r.source.kind == FieldSource::Kind::Attribute;
     }
     if (sentence.sort) {
         plan.sortField = resolveField(sentence.sort->field, 0, dictionary, sentence.file, text);
@@ -201,24 +214,39 @@ Plan makePlan(Store& store, const Sentence& sentence, const std::string& text) {
     return plan;
 }
 
-// Whether a record read by a plan's scan meets every condition. Conditions on the key are judged
-// before the record's text is walked: most records a range reads fail on one of them.
-bool meetsAll(const Plan& plan, const std::string& key, const RecordText& record) {
+// Whether a record read by a plan's scan meets every condition but `known`, which its range already
+// guarantees (nullptr: none). Conditions on the key are judged before the record's text is walked: most
+// records a range reads fail on one of them.
+bool meetsAll(const Plan& plan, const Resolved* known, const std::string& key, const RecordText& record) {
     for (const Resolved& r : plan.conditions) {
-        if (r.source.kind != FieldSource::Kind::Attribute && !matches(r, key, record)) return false;
+        if (&r != known && r.source.kind != FieldSource::Kind::Attribute && !matches(r, key, record))
+            return false;
     }
     for (const Resolved& r : plan.conditions) {
-        if (r.source.kind == FieldSource::Kind::Attribute && !matches(r, key, record)) return false;
+        if (&r != known && r.source.kind == FieldSource::Kind::Attribute && !matches(r, key, record))
+            return false;
     }
     return true;
 }
 
-void scan(Store& store, const Sentence& sentence, const Plan& plan, const RecordVisitor& visit) {
+// Called with each record a plan's scan reads and the condition its range guarantees, if any.
+using PlanVisitor =
+    std::function<void(const std::string& key, const std::string& text, const Resolved* known)>;
+
+void scan(Store& store, const Sentence& sentence, const Plan& plan, const PlanVisitor& visit) {
     if (plan.ranges.empty()) {
-        store.scanAll(sentence.file, visit);
-    } else {
-        for (const KeyRange& range : plan.ranges)
-            store.scanRange(sentence.file, range, visit);
+        store.scanAll(sentence.file, [&](const std::string& key, const std::string& text) {
+            visit(key, text, nullptr);
+            return true;
+        });
+        return;
+    }
+    for (const PlannedRange& planned : plan.ranges) {
+        const Resolved* known = planned.exact ? &plan.conditions[plan.driver] : nullptr;
+        store.scanRange(sentence.file, planned.range, [&](const std::string& key, const std::string& text) {
+            visit(key, text, known);
+            return true;
+        });
     }
 }
 
@@ -234,13 +262,12 @@ std::vector<Taken> selectOrdered(Store& store, const Sentence& sentence, const s
         Taken taken;
     };
     std::vector<Candidate> found;
-    scan(store, sentence, plan, [&](const std::string& key, const std::string& text) {
+    scan(store, sentence, plan, [&](const std::string& key, const std::string& text, const Resolved* known) {
         const RecordText record(text);
-        if (!meetsAll(plan, key, record)) return true;
+        if (!meetsAll(plan, known, key, record)) return;
         std::string order =
             plan.sortField ? sortKey(firstValue(*plan.sortField, key, record)) : std::string();
         found.push_back({std::move(order), {}, key, take(key, text, record)});
-        return true;
     });
     // Positions are sorted rather than the candidates themselves, which are large to move: by the sort
     // field's value first, then, only among records that share a value, by key. The key's sort key is
@@ -293,10 +320,9 @@ void selectEach(Store& store, const Sentence& sentence, const std::string& sente
                 const SelectedVisitor& visit) {
     Plan plan = makePlan(store, sentence, sentenceText);
     std::unordered_set<std::string> seen;
-    scan(store, sentence, plan, [&](const std::string& key, const std::string& text) {
-        if (plan.repeats && !seen.insert(key).second) return true;
-        if (meetsAll(plan, key, RecordText(text))) visit(key, DynamicRecord(text));
-        return true;
+    scan(store, sentence, plan, [&](const std::string& key, const std::string& text, const Resolved* known) {
+        if (plan.repeats && !seen.insert(key).second) return;
+        if (meetsAll(plan, known, key, RecordText(text))) visit(key, DynamicRecord(text));
     });
 }
 
@@ -341,8 +367,8 @@ std::vector<std::string> explainSelection(Store& store, const Sentence& sentence
     Plan plan = makePlan(store, sentence, sentenceText);
     if (plan.ranges.empty()) return store.explainScan(sentence.file, std::nullopt);
     std::vector<std::string> lines;
-    for (const KeyRange& range : plan.ranges) {
-        for (std::string& line : store.explainScan(sentence.file, range))
+    for (const PlannedRange& planned : plan.ranges) {
+        for (std::string& line : store.explainScan(sentence.file, planned.range))
             lines.push_back(std::move(line));
     }
     return lines;

@@ -20,7 +20,8 @@ struct SelectedRecord {
 // Runs a sentence: the records of its file that meet every condition, in the order of its PAR or
 // PAR-DECR field (equal values in key order), or in key order without one. One condition on an
 // indexed field drives the search through the index; every condition is then checked on each record,
-// so the reply is exact whatever the index could narrow. Fails with base::Error for an unknown file
+// so the reply is exact whatever the index could narrow, except the driving one where the index range
+// already holds exactly the records that meet it. Fails with base::Error for an unknown file
 // (kUnknownFile) or an unknown dictionary name (kSentence, with its position).
 std::vector<SelectedRecord> select(Store& store, const Sentence& sentence, const std::string& sentenceText);
 

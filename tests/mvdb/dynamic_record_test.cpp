@@ -107,7 +107,7 @@ TEST(DynamicRecord, BehavesLikeItsWholeTextUnderRandomOperations) {
             const std::string value = someText();
             const std::int64_t row = someIndex();
             const Address address = {row, someIndex(), someIndex()};
-            switch (random() % 6) {
+            switch (random() % 7) {
                 case 0:
                     record.set(row, value);
                     model = modelWrite(model, {row}, value);
@@ -128,6 +128,13 @@ TEST(DynamicRecord, BehavesLikeItsWholeTextUnderRandomOperations) {
                     record.Delete(row);
                     model = modelInsertOrDelete(model, row, nullptr);
                     break;
+                case 5: {
+                    // A record's own attribute written back elsewhere in it.
+                    const std::string own = modelRead(model, {address[1]});
+                    record.set(row, record.view(address[1]));
+                    model = modelWrite(model, {row}, own);
+                    break;
+                }
                 default:
                     record.setText(value);
                     model = value;

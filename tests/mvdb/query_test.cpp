@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <random>
 
 #include "base/error.h"
 #include "support/memory_database.h"
@@ -212,6 +214,35 @@ TEST(QueryMixedValues, NumbersAndTextsMixInOneIndexedField) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.sentence);
         EXPECT_EQ(m.keys("SSIADCARACTTOURNEE", c.sentence), c.expected);
+    }
+}
+
+// A condition on an indexed field reads an index range; the same condition on a field without one
+// judges every record. Both must keep the same records, whatever mix of numbers, texts and several
+// values a field holds. Attributes 2 and 3 of a tournée hold the same values; only 2 has an index.
+TEST(QueryMixedValues, AnIndexedFieldKeepsWhatJudgingEveryRecordKeeps) {
+    testing_support::MemoryDatabase m;
+    const std::string values[] = {"", "0", "08", "8", "8,0", "10", "-1,5", "abc", "ab", "a", "1]", " 7", "Z"};
+    std::mt19937 random(11);
+    for (int i = 0; i < 60; ++i) {
+        std::string field;
+        for (auto n = random() % 3; n-- > 0;)
+            field += (field.empty() ? "" : "|") + values[random() % std::size(values)];
+        char key[8];
+        std::snprintf(key, sizeof key, "%03d", i);
+        m.put("SSIADCARACTTOURNEE", key, {"X", field, field});
+    }
+    for (const char* op : {"=", "<", ">", "<=", ">=", "<>"}) {
+        for (const std::string& value : values) {
+            for (const std::string& pattern : {value, value + "]"}) {
+                const bool prefix = pattern.ends_with(']');
+                if (prefix && std::string(op) != "=" && std::string(op) != "<>") continue;
+                const std::string condition = std::string(" ") + op + " \"" + pattern + "\"";
+                SCOPED_TRACE(condition);
+                EXPECT_EQ(m.keys("SSIADCARACTTOURNEE", "SELECT SSIADCARACTTOURNEE AVEC 2" + condition),
+                          m.keys("SSIADCARACTTOURNEE", "SELECT SSIADCARACTTOURNEE AVEC 3" + condition));
+            }
+        }
     }
 }
 
