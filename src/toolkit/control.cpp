@@ -1,6 +1,7 @@
 #include "toolkit/control.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "toolkit/form.h"
 
@@ -33,7 +34,14 @@ void Control::attach(Control* child) {
 }
 
 void Control::detach(Control* child) {
-    m_children.erase(std::remove(m_children.begin(), m_children.end(), child), m_children.end());
+    eraseLatest(m_children, child);
+}
+
+void eraseLatest(std::vector<Control*>& controls, Control* control) {
+    // Arrays unload their elements last made first: searching from the end finds them at once, where
+    // a display that unloads thousands of labels would otherwise walk the list for each.
+    auto it = std::find(controls.rbegin(), controls.rend(), control);
+    if (it != controls.rend()) controls.erase(std::next(it).base());
 }
 
 void Control::setGeometry(double left, double top, double width, double height) {

@@ -193,4 +193,7 @@ private:
     bool m_quiet = false;  // while an array element is being made: observers hear of it once, as Loaded
 };
 
+// Removes `control` from a list that holds it at most once; the list keeps its order.
+void eraseLatest(std::vector<Control*>& controls, Control* control);
+
 }  // namespace toolkit

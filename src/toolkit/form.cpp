@@ -13,7 +13,7 @@ void Form::registerControl(Control* control) {
 }
 
 void Form::unregisterControl(Control* control) {
-    m_controls.erase(std::remove(m_controls.begin(), m_controls.end(), control), m_controls.end());
+    eraseLatest(m_controls, control);
     if (m_focus == control) m_focus = nullptr;
 }
 
