@@ -111,40 +111,39 @@ public:
     std::vector<Call> calls;
 
     std::optional<std::string> read(const std::string& f, const std::string& k) override {
-        keep({Call::Read, f, k, {}, {}});
+        if (recording) keep({Call::Read, f, k, {}, {}});
         return ForwardingStore::read(f, k);
     }
     void write(const std::string& f, const std::string& k, const std::string& t) override {
-        keep({Call::Write, f, k, t, {}});
+        if (recording) keep({Call::Write, f, k, t, {}});
         ForwardingStore::write(f, k, t);
     }
     void remove(const std::string& f, const std::string& k) override {
-        keep({Call::Remove, f, k, {}, {}});
+        if (recording) keep({Call::Remove, f, k, {}, {}});
         ForwardingStore::remove(f, k);
     }
     void scanAll(const std::string& f, const mvdb::RecordVisitor& v) override {
-        keep({Call::ScanAll, f, {}, {}, {}});
+        if (recording) keep({Call::ScanAll, f, {}, {}, {}});
         ForwardingStore::scanAll(f, v);
     }
     void scanRange(const std::string& f, const mvdb::KeyRange& r, const mvdb::RecordVisitor& v) override {
-        keep({Call::ScanRange, f, {}, {}, r});
+        if (recording) keep({Call::ScanRange, f, {}, {}, r});
         ForwardingStore::scanRange(f, r, v);
     }
 
     // A routine that reads inside one read transaction pays its locks once: the floor does the same.
     void beginRead() override {
-        keep({Call::BeginRead, {}, {}, {}, {}});
+        if (recording) keep({Call::BeginRead, {}, {}, {}, {}});
         ForwardingStore::beginRead();
     }
     void endRead() override {
-        keep({Call::EndRead, {}, {}, {}, {}});
+        if (recording) keep({Call::EndRead, {}, {}, {}, {}});
         ForwardingStore::endRead();
     }
 
 private:
-    void keep(Call call) {
-        if (recording) calls.push_back(std::move(call));
-    }
+    // Called only while recording: a display timed must not pay for copies it does not keep.
+    void keep(Call call) { calls.push_back(std::move(call)); }
 };
 
 // The calls by kind and file, on stderr: where a routine's reads go.
