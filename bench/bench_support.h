@@ -3,10 +3,12 @@
 // What the benchmarks share: a generated service in a temporary file, a store that records the calls
 // made on it, and the replay of those calls as bare SQL on the same file, which is the floor a routine
 // is compared with.
+#include <benchmark/benchmark.h>
 #include <sqlite3.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -91,6 +93,35 @@ inline void resetPeakResident() {
         std::fputs("5", refs);
         std::fclose(refs);
     }
+}
+
+// The seconds that `measured` and `reference` took over the benchmark's iterations.
+struct PairedSeconds {
+    double measured = 0;
+    double reference = 0;
+};
+
+// Runs `measured` at each iteration of the benchmark, followed by `reference`, which the benchmark does
+// not time but this does: both meet the machine in the same state, so that the ratio of their times
+// holds even when the machine's speed drifts from one second to the next.
+template <class Measured, class Reference>
+PairedSeconds alternately(benchmark::State& state, Measured measured, Reference reference) {
+    using Clock = std::chrono::steady_clock;
+    const auto since = [](Clock::time_point start) {
+        return std::chrono::duration<double>(Clock::now() - start).count();
+    };
+    PairedSeconds total;
+    for (auto _ : state) {
+        auto start = Clock::now();
+        measured();
+        total.measured += since(start);
+        state.PauseTiming();
+        start = Clock::now();
+        reference();
+        total.reference += since(start);
+        state.ResumeTiming();
+    }
+    return total;
 }
 
 // One call made on the store, as much of it as a replay needs.

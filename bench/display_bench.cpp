@@ -3,7 +3,6 @@
 // as bare prepared statements on the same file in the same run. Peak memory is reported too.
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <map>
 #include <memory>
@@ -85,10 +84,6 @@ private:
     std::unique_ptr<bench::PgReplay> m_pgReplay;
 };
 
-double secondsSince(std::chrono::steady_clock::time_point start) {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
 void BM_Affichage(benchmark::State& state, bool pg) {
     const int aides = static_cast<int>(state.range(0));
     const bool avecTournee = state.range(1) != 0;
@@ -107,19 +102,8 @@ void BM_Affichage(benchmark::State& state, bool pg) {
     Plancher plancher(e, calls);
     long rows = plancher.run();
 
-    // Each display is followed by its floor, untimed by the benchmark but timed here: both meet the
-    // machine in the same state, so that the ratio holds even when the machine's speed drifts.
-    double affichageS = 0, plancherS = 0;
-    for (auto _ : state) {
-        auto debut = std::chrono::steady_clock::now();
-        e.afficher(avecTournee);
-        affichageS += secondsSince(debut);
-        state.PauseTiming();
-        debut = std::chrono::steady_clock::now();
-        rows = plancher.run();
-        plancherS += secondsSince(debut);
-        state.ResumeTiming();
-    }
+    const bench::PairedSeconds seconds = bench::alternately(
+        state, [&] { e.afficher(avecTournee); }, [&] { rows = plancher.run(); });
 
     std::size_t reads = 0, scans = 0, writes = 0;
     for (const bench::Call& c : calls) {
@@ -131,8 +115,8 @@ void BM_Affichage(benchmark::State& state, bool pg) {
             ++scans;
     }
     const double iterations = static_cast<double>(state.iterations());
-    state.counters["floor_ms"] = plancherS / iterations * 1e3;
-    state.counters["x_floor"] = affichageS / plancherS;
+    state.counters["floor_ms"] = seconds.reference / iterations * 1e3;
+    state.counters["x_floor"] = seconds.measured / seconds.reference;
     state.counters["pt_reads"] = static_cast<double>(reads);
     state.counters["scans"] = static_cast<double>(scans);
     state.counters["writes"] = static_cast<double>(writes);

@@ -5,7 +5,6 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <map>
 #include <memory>
 
@@ -238,34 +237,20 @@ private:
     std::vector<std::pair<std::string, std::string>> m_found;
 };
 
-double secondsSince(std::chrono::steady_clock::time_point start) {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-// The sentence, each run followed by its SQL, untimed by the benchmark but timed here: both meet the
-// machine in the same state, so that their ratio holds even when the machine's speed drifts.
+// The sentence, each run followed by its SQL; x_sql is the ratio of their times.
 void BM_Phrase(benchmark::State& state, std::size_t which, bool pg) {
     Fichier& f = fichier(state.range(0), pg);
     const Selection s = selections()[which];
     SqlALaMain sql(f, s);
     long rows = interroger(*f.db, s.file, s.sentence, s.list);
     long sqlRows = sql.run();
-    double phraseS = 0, sqlS = 0;
-    for (auto _ : state) {
-        auto debut = std::chrono::steady_clock::now();
-        rows = interroger(*f.db, s.file, s.sentence, s.list);
-        phraseS += secondsSince(debut);
-        state.PauseTiming();
-        debut = std::chrono::steady_clock::now();
-        sqlRows = sql.run();
-        sqlS += secondsSince(debut);
-        state.ResumeTiming();
-    }
+    const bench::PairedSeconds seconds = bench::alternately(
+        state, [&] { rows = interroger(*f.db, s.file, s.sentence, s.list); }, [&] { sqlRows = sql.run(); });
     if (rows != sqlRows) state.SkipWithError("the sentence and its SQL disagree on the rows");
     state.counters["rows"] = static_cast<double>(rows);
     state.counters["records"] = static_cast<double>(f.db->store().count("SSIADTOURNEE"));
-    state.counters["sql_us"] = sqlS / static_cast<double>(state.iterations()) * 1e6;
-    state.counters["x_sql"] = phraseS / sqlS;
+    state.counters["sql_us"] = seconds.reference / static_cast<double>(state.iterations()) * 1e6;
+    state.counters["x_sql"] = seconds.measured / seconds.reference;
 }
 
 void registerAll() {
