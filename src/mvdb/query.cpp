@@ -250,28 +250,36 @@ void scan(Store& store, const Sentence& sentence, const Plan& plan, const PlanVi
     }
 }
 
-// The records of a sentence in its order, each once, as what `take` makes of each (its key and text).
-template <class Taken, class Take>
-std::vector<Taken> selectOrdered(Store& store, const Sentence& sentence, const std::string& sentenceText,
-                                 Take take) {
+// The records of a sentence, each once, in its order: `keep` is called with each record that meets the
+// conditions (its key, its text), and the positions of those calls are given back in the sentence's
+// order. What a caller makes of a record stays with the caller: a selection keeps thousands of records
+// and each copy made here would cost an allocation.
+template <class Keep>
+std::vector<std::size_t> selectOrdered(Store& store, const Sentence& sentence,
+                                       const std::string& sentenceText, Keep keep) {
     Plan plan = makePlan(store, sentence, sentenceText);
     struct Candidate {
-        std::string order;
-        std::string keyOrder;
-        std::string key;
-        Taken taken;
+        std::string order;     // sort key of the sort field's first value
+        std::string keyOrder;  // sort key of the key, made only where the order ties
+        std::size_t keyAt = 0;
+        std::size_t keySize = 0;
     };
     std::vector<Candidate> found;
+    std::string keys;  // every kept record's key, one after the other
     scan(store, sentence, plan, [&](const std::string& key, const std::string& text, const Resolved* known) {
         const RecordText record(text);
         if (!meetsAll(plan, known, key, record)) return;
         std::string order =
             plan.sortField ? sortKey(firstValue(*plan.sortField, key, record)) : std::string();
-        found.push_back({std::move(order), {}, key, take(key, text, record)});
+        found.push_back({std::move(order), {}, keys.size(), key.size()});
+        keys += key;
+        keep(key, text, record);
     });
-    // Positions are sorted rather than the candidates themselves, which are large to move: by the sort
-    // field's value first, then, only among records that share a value, by key. The key's sort key is
-    // made for those alone.
+    const auto keyOf = [&](std::size_t i) {
+        return std::string_view(keys).substr(found[i].keyAt, found[i].keySize);
+    };
+    // By the sort field's value first, then, only among records that share a value, by key. The key's
+    // sort key is made for those alone.
     std::vector<std::size_t> rank(found.size());
     for (std::size_t i = 0; i < rank.size(); ++i)
         rank[i] = i;
@@ -286,22 +294,20 @@ std::vector<Taken> selectOrdered(Store& store, const Sentence& sentence, const s
             std::find_if(first + 1, rank.end(), [&](std::size_t k) { return found[k].order != value; });
         if (last - first > 1) {
             for (auto it = first; it != last; ++it)
-                found[*it].keyOrder = sortKey(found[*it].key);
-            std::sort(first, last, [&found](std::size_t i, std::size_t j) {
+                found[*it].keyOrder = sortKey(keyOf(*it));
+            std::sort(first, last, [&](std::size_t i, std::size_t j) {
                 const int byKey = found[i].keyOrder.compare(found[j].keyOrder);
-                return byKey < 0 || (byKey == 0 && found[i].key < found[j].key);
+                return byKey < 0 || (byKey == 0 && keyOf(i) < keyOf(j));
             });
         }
         first = last;
     }
     // A record found through several of its values comes once.
-    std::vector<Taken> out;
-    out.reserve(found.size());
-    const std::string* last = nullptr;
+    std::vector<std::size_t> out;
+    out.reserve(rank.size());
     for (std::size_t i : rank) {
-        if (last && *last == found[i].key) continue;
-        last = &found[i].key;
-        out.push_back(std::move(found[i].taken));
+        if (!out.empty() && keyOf(out.back()) == keyOf(i)) continue;
+        out.push_back(i);
     }
     return out;
 }
@@ -309,11 +315,17 @@ std::vector<Taken> selectOrdered(Store& store, const Sentence& sentence, const s
 }  // namespace
 
 std::vector<SelectedRecord> select(Store& store, const Sentence& sentence, const std::string& sentenceText) {
-    return selectOrdered<SelectedRecord>(
-        store, sentence, sentenceText,
-        [](const std::string& key, const std::string& text, const RecordText&) {
-            return SelectedRecord{key, DynamicRecord(text)};
-        });
+    std::vector<SelectedRecord> kept;
+    const std::vector<std::size_t> order =
+        selectOrdered(store, sentence, sentenceText,
+                      [&](const std::string& key, const std::string& text, const RecordText&) {
+                          kept.push_back({key, DynamicRecord(text)});
+                      });
+    std::vector<SelectedRecord> out;
+    out.reserve(order.size());
+    for (std::size_t i : order)
+        out.push_back(std::move(kept[i]));
+    return out;
 }
 
 void selectEach(Store& store, const Sentence& sentence, const std::string& sentenceText,
@@ -328,21 +340,29 @@ void selectEach(Store& store, const Sentence& sentence, const std::string& sente
 
 DynamicRecord query(Store& store, const Sentence& sentence, const std::string& sentenceText,
                     const std::vector<std::int32_t>& attributes) {
-    // Each record's line of the reply is made as the record is read, from its text in place.
-    std::vector<std::string> lines = selectOrdered<std::string>(
+    // Each record's line of the reply is made as the record is read, from its text in place, into one
+    // buffer; the reply is then those lines in order, one attribute each.
+    std::string lines;
+    std::vector<std::size_t> ends;
+    const std::vector<std::size_t> order = selectOrdered(
         store, sentence, sentenceText,
         [&](const std::string& key, const std::string&, const RecordText& record) {
-            std::string line;
             for (std::size_t i = 0; i < attributes.size(); ++i) {
-                if (i > 0) line += kValueMark;
-                line += attributes[i] == 0 ? std::string_view(key) : record.view(attributes[i], 1);
+                if (i > 0) lines += kValueMark;
+                lines += attributes[i] == 0 ? std::string_view(key) : record.view(attributes[i], 1);
             }
-            return line;
+            ends.push_back(lines.size());
         });
+    std::string text;
+    text.reserve(lines.size() + order.size());
+    for (std::size_t n = 0; n < order.size(); ++n) {
+        const std::size_t i = order[n];
+        if (n > 0) text += kAttributeMark;
+        const std::size_t begin = i == 0 ? 0 : ends[i - 1];
+        text.append(lines, begin, ends[i] - begin);
+    }
     DynamicRecord reply;
-    std::int64_t row = 0;
-    for (const std::string& line : lines)
-        reply.set(++row, line);
+    reply.takeText(std::move(text));
     return reply;
 }
 

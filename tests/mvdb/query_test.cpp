@@ -152,6 +152,10 @@ TEST_F(QueryTest, ReplyListsTheAskedAttributesAndAnEmptyReplyReadsEmpty) {
     EXPECT_EQ(none(1), "");
     EXPECT_EQ(none.DCount(), 0);
     EXPECT_EQ(none(1, 2), "");
+
+    // Empty lines are lines, but a reply of one empty line is the empty record, as its text says.
+    EXPECT_EQ(m.query("SSIADCARACTTOURNEE", "9", "SELECT SSIADCARACTTOURNEE AVEC 7 = \"I\"").DCount(), 2);
+    EXPECT_EQ(m.query("SSIADCARACTTOURNEE", "9", "SELECT SSIADCARACTTOURNEE AVEC 7 = \"S\"").DCount(), 0);
 }
 
 TEST_F(QueryTest, ChangesReachTheIndexes) {
@@ -177,9 +181,13 @@ TEST_F(QueryTest, RecordsTakenOneAtATimeAreThoseOfTheReply) {
          }) {
         SCOPED_TRACE(sentence);
         const mvdb::Sentence parsed = mvdb::parseSentence(sentence);
+        const std::vector<mvdb::SelectedRecord> selected = mvdb::select(m.db->store(), parsed, sentence);
         Keys reply;
-        for (const mvdb::SelectedRecord& r : mvdb::select(m.db->store(), parsed, sentence))
+        for (const mvdb::SelectedRecord& r : selected)
             reply.push_back(r.key);
+        // The reply of a query is made apart from the records selected: it must list the same.
+        EXPECT_EQ(mvdb::query(m.db->store(), parsed, sentence, {0, 2, 1}),
+                  mvdb::listing(selected, {0, 2, 1}));
         Keys taken;
         mvdb::selectEach(m.db->store(), parsed, sentence,
                          [&](const std::string& key, const mvdb::DynamicRecord& record) {
