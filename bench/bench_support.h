@@ -145,6 +145,10 @@ public:
         if (recording) keep({Call::Read, f, k, {}, {}});
         return ForwardingStore::read(f, k);
     }
+    bool readInto(const std::string& f, const std::string& k, std::string& t) override {
+        if (recording) keep({Call::Read, f, k, {}, {}});
+        return ForwardingStore::readInto(f, k, t);
+    }
     void write(const std::string& f, const std::string& k, const std::string& t) override {
         if (recording) keep({Call::Write, f, k, t, {}});
         ForwardingStore::write(f, k, t);

@@ -41,7 +41,7 @@ void FermerFichiersSSIAD(FichiersSSIAD& f) {
 
 bool LireEnregistrement(mvdb::File& file, mvdb::DynamicRecord& record, const std::string& key) {
     try {
-        record = file.Read(key);
+        file.ReadInto(key, record);
     } catch (const base::Error& error) {
         return error.code() != base::codes::kMissingKey;
     }

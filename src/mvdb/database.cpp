@@ -9,15 +9,17 @@
 namespace mvdb {
 
 DynamicRecord File::Read(const std::string& key) {
-    std::optional<std::string> text = m_database.store().read(m_name, key);
-    if (!text) {
+    DynamicRecord record;
+    ReadInto(key, record);
+    return record;
+}
+
+void File::ReadInto(const std::string& key, DynamicRecord& record) {
+    if (!record.readText([&](std::string& text) { return m_database.store().readInto(m_name, key, text); })) {
         throw base::Error(base::codes::kMissingKey,
                           "Enregistrement absent : " + m_name + ", clé « " + key + " »");
     }
-    DynamicRecord record;
-    record.takeText(std::move(*text));
     record.bind(shared_from_this(), key);
-    return record;
 }
 
 void File::Delete(const std::string& key) {

@@ -26,6 +26,9 @@ public:
 
     // The record under `key`; fails with code 0x8004000B (base::codes::kMissingKey) when there is none.
     DynamicRecord Read(const std::string& key);
+    // The same read into `record`, whose storage is reused: for a buffer that takes one record after
+    // another. Fails as Read does, leaving `record` as it was.
+    void ReadInto(const std::string& key, DynamicRecord& record);
     // Removes the record; an absent key changes nothing.
     void Delete(const std::string& key);
     // An empty record bound to this file and key; nothing is written before its DBWrite.

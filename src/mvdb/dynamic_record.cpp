@@ -97,6 +97,25 @@ void DynamicRecord::takeText(std::string&& wholeText) {
     pack();
 }
 
+bool DynamicRecord::readText(const std::function<bool(std::string&)>& read) {
+    // A packed record lends its text's storage and gets it back, unchanged, when nothing was read.
+    std::string buffer = m_packed ? std::move(m_whole) : std::string();
+    bool found = false;
+    try {
+        found = read(buffer);
+    } catch (...) {
+        if (m_packed) m_whole = std::move(buffer);
+        throw;
+    }
+    if (!found) {
+        if (m_packed) m_whole = std::move(buffer);
+        return false;
+    }
+    m_whole = std::move(buffer);
+    pack();
+    return true;
+}
+
 void DynamicRecord::pack() {
     m_packed = true;
     m_attributes.clear();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -46,6 +47,11 @@ public:
     void setText(std::string_view wholeText);
     // The same as setText, keeping the string itself rather than a copy.
     void takeText(std::string&& wholeText);
+    // Replaces the whole text by the one `read` puts in the string it is given, whose storage is the
+    // record's own where it has some: a buffer that takes one record after another then allocates
+    // nothing. When `read` gives false or throws, having left the string alone, the record stays as it
+    // was.
+    bool readText(const std::function<bool(std::string&)>& read);
 
     // Reads; an address that does not exist gives the empty string. Indexes below 1 give the empty
     // string too.

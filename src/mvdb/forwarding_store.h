@@ -18,6 +18,9 @@ public:
     std::optional<std::string> read(const std::string& f, const std::string& k) override {
         return m_inner->read(f, k);
     }
+    bool readInto(const std::string& f, const std::string& k, std::string& t) override {
+        return m_inner->readInto(f, k, t);
+    }
     void write(const std::string& f, const std::string& k, const std::string& t) override {
         m_inner->write(f, k, t);
     }

@@ -310,12 +310,19 @@ void SqliteStore::createFile(const std::string& file) {
 }
 
 std::optional<std::string> SqliteStore::read(const std::string& file, const std::string& key) {
+    std::string text;
+    if (!readInto(file, key, text)) return std::nullopt;
+    return text;
+}
+
+bool SqliteStore::readInto(const std::string& file, const std::string& key, std::string& text) {
     const FileInfo& fi = info(file);
     if (!fi.read) fi.read = prepare("SELECT rec FROM " + fi.table + " WHERE key = ?1");
     Statement s(*this, fi.read);
     s.bind(1, key);
-    if (!s.step()) return std::nullopt;
-    return s.column(0);
+    if (!s.step()) return false;
+    s.column(0, text);
+    return true;
 }
 
 void SqliteStore::updateIndexEntries(const FileInfo& fi, const std::string& key, const std::string* oldText,

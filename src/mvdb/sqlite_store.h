@@ -33,6 +33,7 @@ public:
     bool hasFile(const std::string& file) override;
     void createFile(const std::string& file) override;
     std::optional<std::string> read(const std::string& file, const std::string& key) override;
+    bool readInto(const std::string& file, const std::string& key, std::string& text) override;
     void write(const std::string& file, const std::string& key, const std::string& text) override;
     void remove(const std::string& file, const std::string& key) override;
     void removeBatch(const std::string& file, const std::vector<std::string>& keys) override;

@@ -33,6 +33,13 @@ public:
     virtual void createFile(const std::string& file) = 0;
 
     virtual std::optional<std::string> read(const std::string& file, const std::string& key) = 0;
+    // The same read into `text`, whose storage is reused: for a caller that reads one record after
+    // another into one buffer. False, with `text` untouched, when there is no such record.
+    virtual bool readInto(const std::string& file, const std::string& key, std::string& text) {
+        std::optional<std::string> found = read(file, key);
+        if (found) text = std::move(*found);
+        return found.has_value();
+    }
     // Creates or replaces the record.
     virtual void write(const std::string& file, const std::string& key, const std::string& text) = 0;
     // Removes the record; an absent key is not an error.

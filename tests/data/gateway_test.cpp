@@ -25,6 +25,14 @@ TEST_F(GatewayTest, LireEnregistrementKeepsTheBufferOnAMissingKey) {
     EXPECT_EQ(buffer(data::civilaide::kNom), "MARTIN");
     EXPECT_FALSE(data::LireEnregistrement(*fichiers.CIVILAIDE, buffer, "00099"));
     EXPECT_EQ(buffer(data::civilaide::kNom), "MARTIN") << "the buffer holds what it held";
+
+    // A buffer changed since its read keeps its change on a missing key, and takes the next record read.
+    buffer.set(data::civilaide::kNom, "DURAND");
+    EXPECT_FALSE(data::LireEnregistrement(*fichiers.CIVILAIDE, buffer, "00099"));
+    EXPECT_EQ(buffer(data::civilaide::kNom), "DURAND");
+    EXPECT_EQ(buffer.key(), "00012");
+    EXPECT_TRUE(data::LireEnregistrement(*fichiers.CIVILAIDE, buffer, "00012"));
+    EXPECT_EQ(buffer.text(), m.db->store().read("CIVILAIDE", "00012"));
 }
 
 TEST_F(GatewayTest, LireEnregistrementOuVideMarksAMissingRecordOnlyWhenAsked) {
