@@ -45,7 +45,7 @@ void record(std::string_view bytes) {
         const std::int64_t v = position(static_cast<unsigned char>(bytes[i + 2]));
         const std::int64_t s = position(static_cast<unsigned char>(bytes[i + 3]));
         const std::string_view piece = bytes.substr(i, 4);
-        switch (op % 6) {
+        switch (op % 9) {
             case 0:
                 r.set(a, v, s, piece);
                 break;
@@ -60,6 +60,16 @@ void record(std::string_view bytes) {
                 break;
             case 4:
                 r.Delete(a);
+                break;
+            // The record's own pieces written back into it, and the record packed again from its text.
+            case 5:
+                r.set(a, r.view(v));
+                break;
+            case 6:
+                r.Insert(a, r.view(v, s));
+                break;
+            case 7:
+                r.setText(r.text());
                 break;
             default:
                 require(r(a, v, s).size() <= r.text().size());
