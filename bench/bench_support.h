@@ -95,6 +95,19 @@ inline void resetPeakResident() {
     }
 }
 
+// The main of a benchmark program once its benchmarks are registered: runs those the command line
+// selects, then `dropData` (the generated services, removed while what they need still lives). Gives
+// the program's exit status.
+template <class DropData>
+int runBenchmarks(int argc, char** argv, DropData dropData) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    dropData();
+    return 0;
+}
+
 // The seconds that `measured` and `reference` took over the benchmark's iterations.
 struct PairedSeconds {
     double measured = 0;

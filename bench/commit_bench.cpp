@@ -131,14 +131,7 @@ struct FichierApurement {
 // The purge's service on PostgreSQL, in a schema made for one run.
 std::unique_ptr<mvdb::Store> serviceApurementPg(const bench::PgSchema& schema, long records) {
     std::unique_ptr<mvdb::Store> store = schema.open(mvdb::OpenMode::CreateIfMissing);
-    bench::PgFloor floor(bench::pgServer(), schema.name);
-    floor.exec("BEGIN");
-    bench::PgBulkWriter writer(floor, "SSIADTOURNEE");
-    interventionsApurement(records,
-                           [&](const std::string& key, const std::string& text) { writer.write(key, text); });
-    writer.flush();
-    floor.exec("COMMIT");
-    floor.exec("ANALYZE");
+    bench::writeInBulk(schema, "SSIADTOURNEE", [&](auto write) { interventionsApurement(records, write); });
     return store;
 }
 
@@ -217,10 +210,5 @@ int main(int argc, char** argv) {
         if (!surPg) purge->Arg(1000000);
         purge->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    g_sources.clear();
-    return 0;
+    return bench::runBenchmarks(argc, argv, [] { g_sources.clear(); });
 }

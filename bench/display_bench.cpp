@@ -141,10 +141,5 @@ int main(int argc, char** argv) {
             ->Unit(benchmark::kMillisecond)
             ->UseRealTime();
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    g_ecrans.clear();
-    return 0;
+    return bench::runBenchmarks(argc, argv, [] { g_ecrans.clear(); });
 }

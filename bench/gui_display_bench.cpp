@@ -125,10 +125,5 @@ int main(int argc, char** argv) {
     FermeDialogues dialogues;
     g_dialogues = &dialogues;
     application.installEventFilter(&dialogues);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    g_fenetres.clear();
-    return 0;
+    return bench::runBenchmarks(argc, argv, [] { g_fenetres.clear(); });
 }

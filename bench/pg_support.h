@@ -225,30 +225,20 @@ public:
         if (m_keys.empty()) return;
         std::vector<std::string_view> keys(m_keys.begin(), m_keys.end()),
             texts(m_texts.begin(), m_texts.end());
-        std::string fields = "{";
-        std::vector<std::string> sortKeys;
-        std::vector<std::string_view> entryKeys;
-        for (std::size_t i = 0; i < m_keys.size(); ++i) {
-            for (const mvdb::IndexEntry& e :
-                 mvdb::indexEntries(mvdb::dictionaryFor(m_file), m_keys[i], m_texts[i])) {
-                fields += (sortKeys.empty() ? "" : ",") + std::to_string(e.field);
-                sortKeys.push_back(e.sortKey);
-                entryKeys.push_back(m_keys[i]);
-            }
-        }
-        fields += "}";
-        std::vector<std::string_view> sortKeyViews(sortKeys.begin(), sortKeys.end());
+        std::vector<std::pair<std::string_view, std::string_view>> pairs;
+        for (std::size_t i = 0; i < m_keys.size(); ++i)
+            pairs.emplace_back(m_keys[i], m_texts[i]);
+        const mvdb::IndexEntryArrays entries = mvdb::indexEntryArrays(mvdb::dictionaryFor(m_file), pairs);
         const std::string records = mvdb::pg::byteaArray(keys), contents = mvdb::pg::byteaArray(texts);
         m_floor.run(m_floor.prepare("INSERT INTO " + m_floor.schema() + ".\"f_" + m_file +
                                     "\"(key, rec) SELECT * FROM unnest($1::bytea[], $2::bytea[]) "
                                     "ON CONFLICT(key) DO UPDATE SET rec = excluded.rec"),
                     {records, contents}, 2);
-        const std::string ks = mvdb::pg::byteaArray(sortKeyViews), es = mvdb::pg::byteaArray(entryKeys);
         m_floor.run(
             m_floor.prepare("INSERT INTO " + m_floor.schema() + ".\"x_" + m_file +
                             "\"(fld, k, key) SELECT * FROM unnest($1::integer[], $2::bytea[], $3::bytea[]) "
                             "ON CONFLICT DO NOTHING"),
-            {fields, ks, es}, 3);
+            {entries.fields, entries.sortKeys, entries.keys}, 3);
         m_keys.clear();
         m_texts.clear();
     }
@@ -258,5 +248,18 @@ private:
     std::string m_file;
     std::vector<std::string> m_keys, m_texts;
 };
+
+// Writes into `file` of the schema, in bulk and in one transaction, the records that `generate` makes:
+// it is called with a function to call for each key and text. The server then gathers its statistics.
+template <class Generate>
+void writeInBulk(const PgSchema& schema, const std::string& file, Generate generate) {
+    PgFloor floor(pgServer(), schema.name);
+    floor.exec("BEGIN");
+    PgBulkWriter writer(floor, file);
+    generate([&](const std::string& key, const std::string& text) { writer.write(key, text); });
+    writer.flush();
+    floor.exec("COMMIT");
+    floor.exec("ANALYZE");
+}
 
 }  // namespace bench

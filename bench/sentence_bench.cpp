@@ -42,14 +42,7 @@ struct Fichier {
             schema = std::make_unique<bench::PgSchema>("sentences_" + std::to_string(records));
             bench::generateService(*schema, 200);
             db = std::make_unique<mvdb::Database>(schema->open(mvdb::OpenMode::ExistingOnly), clock);
-            bench::PgFloor floor(bench::pgServer(), schema->name);
-            floor.exec("BEGIN");
-            bench::PgBulkWriter writer(floor, "SSIADTOURNEE");
-            ecrire(records,
-                   [&](const std::string& key, const std::string& text) { writer.write(key, text); });
-            writer.flush();
-            floor.exec("COMMIT");
-            floor.exec("ANALYZE");
+            bench::writeInBulk(*schema, "SSIADTOURNEE", [&](auto write) { ecrire(records, write); });
             return;
         }
         bench::generateService(file.path, 200);
@@ -275,10 +268,5 @@ void registerAll() {
 
 int main(int argc, char** argv) {
     registerAll();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    g_fichiers.clear();
-    return 0;
+    return bench::runBenchmarks(argc, argv, [] { g_fichiers.clear(); });
 }

@@ -109,8 +109,7 @@ public:
             m_unParUn(e);
     }
 
-    // Writes the rows kept so far. Also run when the builder fails halfway, so that the table holds what
-    // the insertions made before the failure would have left.
+    // Writes the rows kept so far.
     void terminer() {
         // Starts are whole numbers, whose order as integers is the order of their texts as values.
         std::stable_sort(
@@ -128,6 +127,21 @@ private:
     const bool m_differe;
     std::vector<model::LabelRow> m_rangees;
 };
+
+// Runs a pane builder, which hands each row it derives to the RangementAide it is given; `unParUn` is
+// InsererDansTabTempoAide. The rows are written when the builder fails halfway too, so that the table
+// holds what the insertions made before the failure would have left.
+void rangerDansTabTempoAide(Ctr_Zandorel& c, RangementAide::UnParUn unParUn,
+                            const std::function<void(RangementAide&)>& construire) {
+    RangementAide rangement(c, std::move(unParUn));
+    try {
+        construire(rangement);
+    } catch (...) {
+        rangement.terminer();
+        throw;
+    }
+    rangement.terminer();
+}
 
 }  // namespace
 
@@ -170,25 +184,23 @@ void Ctr_Zandorel::CadreAideSansTournee() {
 
     // 2.
     if (!TabAccords(1).empty()) {
-        RangementAide rangement(*this, [this](const model::LabelRow& e) {
-            InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq, e.CleProtocole,
-                                    e.TypeEtq);
-        });
-        try {
-            for (std::int64_t i = 1; i <= TabAccords.DCount(); ++i) {
-                if (!data::PeriodeActive(database(), TabAccords, i)) continue;
-                const std::string code = base::Left(TabAccords(i, kCleAccord), 5);
-                RechercheProtocole(code);
-                RechercheInterventionsValidees(code, false, 2);
-                // 3.
-                for (model::LabelRow& e : etiquettesRestantes(*this, Equipe::Seul))
-                    rangement.ajouter(std::move(e));
-            }
-        } catch (...) {
-            rangement.terminer();
-            throw;
-        }
-        rangement.terminer();
+        rangerDansTabTempoAide(
+            *this,
+            [this](const model::LabelRow& e) {
+                InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq,
+                                        e.CleProtocole, e.TypeEtq);
+            },
+            [this](RangementAide& rangement) {
+                for (std::int64_t i = 1; i <= TabAccords.DCount(); ++i) {
+                    if (!data::PeriodeActive(database(), TabAccords, i)) continue;
+                    const std::string code = base::Left(TabAccords(i, kCleAccord), 5);
+                    RechercheProtocole(code);
+                    RechercheInterventionsValidees(code, false, 2);
+                    // 3.
+                    for (model::LabelRow& e : etiquettesRestantes(*this, Equipe::Seul))
+                        rangement.ajouter(std::move(e));
+                }
+            });
     }
 
     finCommandeLongue();
@@ -199,30 +211,28 @@ void Ctr_Zandorel::CadreAideAvecTournee() {
     TabAccordsTournee = accordsDuJour(database(), ObjetConversion.DateInterne(Cbo_Date.text()));
     const Equipe equipe = NbIntervenantsTournee == 2 ? Equipe::Paire : Equipe::Seul;
 
-    RangementAide rangement(*this, [this](const model::LabelRow& e) {
-        InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq, e.CleProtocole,
-                                e.TypeEtq);
-    });
-    try {
-        for (std::int64_t i = 1; i <= TabAccordsTournee.DCount(); ++i) {
-            const std::string cle = TabAccordsTournee(i, kCleAccord);
-            const std::string code = base::Left(cle, 5);
-            // 2.
-            if (!secteurDeLaTournee(code + base::Mid(cle, 9, 6))) continue;
-            // 3.
-            if (!data::PeriodeActive(database(), TabAccordsTournee, i)) continue;
-            // 4. With the tournée's filter; every record of the aidé's day, this tournée's included.
-            RechercheProtocole(code);
-            RechercheInterventionsValidees(code, true, 2);
-            // 5.
-            for (model::LabelRow& e : etiquettesRestantes(*this, equipe))
-                rangement.ajouter(std::move(e));
-        }
-    } catch (...) {
-        rangement.terminer();
-        throw;
-    }
-    rangement.terminer();
+    rangerDansTabTempoAide(
+        *this,
+        [this](const model::LabelRow& e) {
+            InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq, e.CleProtocole,
+                                    e.TypeEtq);
+        },
+        [this, equipe](RangementAide& rangement) {
+            for (std::int64_t i = 1; i <= TabAccordsTournee.DCount(); ++i) {
+                const std::string cle = TabAccordsTournee(i, kCleAccord);
+                const std::string code = base::Left(cle, 5);
+                // 2.
+                if (!secteurDeLaTournee(code + base::Mid(cle, 9, 6))) continue;
+                // 3.
+                if (!data::PeriodeActive(database(), TabAccordsTournee, i)) continue;
+                // 4. With the tournée's filter; every record of the aidé's day, this tournée's included.
+                RechercheProtocole(code);
+                RechercheInterventionsValidees(code, true, 2);
+                // 5.
+                for (model::LabelRow& e : etiquettesRestantes(*this, equipe))
+                    rangement.ajouter(std::move(e));
+            }
+        });
 }
 
 }  // namespace control

@@ -43,6 +43,22 @@ std::function<bool(const pg::Row&)> records(const RecordVisitor& visit) {
 
 }  // namespace
 
+IndexEntryArrays indexEntryArrays(const FileDictionary& dictionary,
+                                  const std::vector<std::pair<std::string_view, std::string_view>>& records) {
+    std::string fields = "{";
+    std::vector<std::string> sortKeys;
+    std::vector<std::string_view> keys;
+    for (const auto& [key, text] : records) {
+        for (IndexEntry& e : indexEntries(dictionary, key, text)) {
+            fields += (sortKeys.empty() ? "" : ",") + std::to_string(e.field);
+            sortKeys.push_back(std::move(e.sortKey));
+            keys.push_back(key);
+        }
+    }
+    const std::vector<std::string_view> sortKeyViews(sortKeys.begin(), sortKeys.end());
+    return {fields + "}", pg::byteaArray(sortKeyViews), pg::byteaArray(keys)};
+}
+
 // Makes one change atomic: inside the caller's transaction a savepoint, outside it a transaction of
 // its own. Changes to work files take no write lock: no other planner can see them.
 class PgStore::WriteScope {
@@ -330,22 +346,15 @@ void PgStore::removeBatch(const std::string& file, const std::vector<std::string
             m_db.run("DELETE FROM " + fi.table + " WHERE key = ANY($1::bytea[]) RETURNING key, rec",
                      {{pg::byteaArray(lot), false}}, what);
         if (!isIndexed(fi) || gone.empty()) continue;
-        std::string fields = "{";
-        std::vector<std::string> sortKeys;
-        std::vector<std::string_view> entryKeys;
-        for (const pg::Row& row : gone) {
-            for (const IndexEntry& e : indexEntries(*fi.dictionary, row[0], row[1])) {
-                fields += (sortKeys.empty() ? "" : ",") + std::to_string(e.field);
-                sortKeys.push_back(e.sortKey);
-                entryKeys.push_back(row[0]);
-            }
-        }
-        fields += "}";
-        std::vector<std::string_view> sortKeyViews(sortKeys.begin(), sortKeys.end());
+        std::vector<std::pair<std::string_view, std::string_view>> records;
+        records.reserve(gone.size());
+        for (const pg::Row& row : gone)
+            records.emplace_back(row[0], row[1]);
+        const IndexEntryArrays entries = indexEntryArrays(*fi.dictionary, records);
         m_db.run("DELETE FROM " + fi.indexTable +
                      " AS x USING unnest($1::integer[], $2::bytea[], $3::bytea[]) AS g(fld, k, key) "
                      "WHERE x.fld = g.fld AND x.k = g.k AND x.key = g.key",
-                 {{fields, false}, {pg::byteaArray(sortKeyViews), false}, {pg::byteaArray(entryKeys), false}},
+                 {{entries.fields, false}, {entries.sortKeys, false}, {entries.keys, false}},
                  "index de " + fi.name);
     }
     scope.commit();

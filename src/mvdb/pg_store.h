@@ -14,6 +14,16 @@ namespace mvdb {
 
 struct FileDictionary;
 
+// The index entries of some records as three arrays, in the server's text form, for
+// unnest($1::integer[], $2::bytea[], $3::bytea[]): index numbers, sort keys, the records' keys. Many
+// entries then go to the server in one statement.
+struct IndexEntryArrays {
+    std::string fields, sortKeys, keys;
+};
+// Records are given as (key, whole text).
+IndexEntryArrays indexEntryArrays(const FileDictionary& dictionary,
+                                  const std::vector<std::pair<std::string_view, std::string_view>>& records);
+
 // The shared store: one PostgreSQL database that planners on several computers reach at once. Same
 // layout as the embedded store: each file is a table of (key, record) and a table of index entries
 // (field, sort key, key), all BYTEA so that order is byte order; work files are TEMP tables of the

@@ -440,18 +440,11 @@ void SqliteStore::removeBatch(const std::string& file, const std::vector<std::st
     if (isIndexed(fi)) {
         // Per index, the sort keys of the records' values with their record's key.
         std::map<int, std::vector<std::pair<std::string, const std::string*>>> gone;
-        {
-            Statement read(*this, "SELECT rec FROM " + fi.table + " WHERE key = ?1");
-            std::string text;
-            for (const std::string* key : sorted) {
-                read.bind(1, *key);
-                if (read.step()) {
-                    read.column(0, text);
-                    for (IndexEntry& e : indexEntries(*fi.dictionary, *key, text))
-                        gone[e.field].emplace_back(std::move(e.sortKey), key);
-                }
-                read.again();
-            }
+        std::string text;
+        for (const std::string* key : sorted) {
+            if (!readInto(file, *key, text)) continue;
+            for (IndexEntry& e : indexEntries(*fi.dictionary, *key, text))
+                gone[e.field].emplace_back(std::move(e.sortKey), key);
         }
         Statement s(*this, "DELETE FROM " + fi.indexTable + " WHERE fld = ?1 AND k = ?2 AND key = ?3");
         for (auto& [field, entries] : gone) {
