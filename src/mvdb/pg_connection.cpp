@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/error.h"
+#include "mvdb/pg_address.h"
 
 namespace mvdb::pg {
 namespace {
@@ -22,8 +23,10 @@ std::string trimmed(const char* text) {
     return s;
 }
 
+// The library leaves these unset when it could not read the connection text at all.
 std::string describe(const PGconn* conn) {
-    return std::string(PQdb(conn)) + " sur " + PQhost(conn) + ":" + PQport(conn);
+    auto text = [](const char* value) { return std::string(value ? value : "?"); };
+    return text(PQdb(conn)) + " sur " + text(PQhost(conn)) + ":" + text(PQport(conn));
 }
 
 void ignoreNotice(void*, const char*) {}
@@ -94,7 +97,8 @@ std::int64_t integer(const std::string& column) {
     return static_cast<std::int64_t>(value);
 }
 
-Connection::Connection(const std::string& text) : m_conn(PQconnectdb(text.c_str())) {
+Connection::Connection(const std::string& text)
+    : m_secrets(checkAddress(text)), m_conn(PQconnectdb(canonicalAddress(text).c_str())) {
     if (PQstatus(m_conn) != CONNECTION_OK) {
         std::string message = "Connexion impossible au serveur PostgreSQL " +
                               (m_conn ? describe(m_conn) + " : " + trimmed(PQerrorMessage(m_conn))

@@ -34,7 +34,8 @@ std::string byteaArray(const std::vector<std::string_view>& values);
 // was being done, with the server's own message; a lost connection and a busy server say so.
 class Connection {
 public:
-    // Connects with a libpq connection text; an empty text takes the PG* environment variables.
+    // Connects with a libpq connection text, a URI or keywords; an empty text takes the PG* environment
+    // variables. A text the library cannot read is refused with what is wrong, before any connection.
     explicit Connection(const std::string& text);
     ~Connection();
     Connection(const Connection&) = delete;
@@ -58,6 +59,7 @@ private:
     const std::string& prepare(const std::string& sql);
     [[noreturn]] void fail(const std::string& what, const pg_result* result) const;
 
+    std::vector<std::string> m_secrets;  // the passwords, which no message shows
     pg_conn* m_conn;
     std::string m_name;
     std::unordered_map<std::string, std::string> m_statements;  // SQL text -> prepared statement name
