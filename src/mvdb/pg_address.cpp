@@ -169,6 +169,42 @@ std::vector<std::string> checkAddress(const std::string& text) {
     return passwords;
 }
 
+std::vector<std::string> searchPathSchemas(const std::string& setting) {
+    // The server cuts names to 63 bytes, never inside a character.
+    constexpr std::size_t kMaxName = 63;
+    auto cut = [](std::string name) {
+        if (name.size() <= kMaxName) return name;
+        std::size_t end = kMaxName;
+        while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80)
+            --end;
+        return name.substr(0, end);
+    };
+    std::vector<std::string> names;
+    std::size_t i = 0;
+    while (i < setting.size()) {
+        while (i < setting.size() && isSpace(setting[i]))
+            ++i;
+        std::string name;
+        if (i < setting.size() && setting[i] == '"') {
+            for (++i; i < setting.size(); ++i) {
+                if (setting[i] == '"' && (i + 1 >= setting.size() || setting[i + 1] != '"')) break;
+                if (setting[i] == '"') ++i;
+                name += setting[i];
+            }
+            ++i;
+        } else {
+            for (; i < setting.size() && setting[i] != ',' && !isSpace(setting[i]); ++i)
+                name += static_cast<char>(setting[i] >= 'A' && setting[i] <= 'Z' ? setting[i] - 'A' + 'a'
+                                                                                 : setting[i]);
+        }
+        while (i < setting.size() && setting[i] != ',')
+            ++i;
+        ++i;
+        if (!name.empty()) names.push_back(cut(name));
+    }
+    return names;
+}
+
 std::string masked(std::string message, const std::vector<std::string>& secrets) {
     for (const std::string& secret : secrets) {
         if (secret.empty()) continue;

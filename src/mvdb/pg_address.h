@@ -19,6 +19,11 @@ std::string canonicalAddress(const std::string& text);
 // library's message may repeat the text, password included.
 std::vector<std::string> checkAddress(const std::string& text);
 
+// The schema names of a search_path setting, in order, as the server reads them: a quoted name kept
+// exactly ("" standing for one "), an unquoted one in lower case, each cut to the server's 63 bytes.
+// "$user" is left for the caller to resolve. A setting the server would refuse gives what it could read.
+std::vector<std::string> searchPathSchemas(const std::string& setting);
+
 // The message with every occurrence of each secret replaced by "****".
 std::string masked(std::string message, const std::vector<std::string>& secrets);
 

@@ -5,6 +5,7 @@
 
 #include "base/error.h"
 #include "mvdb/dictionary.h"
+#include "mvdb/pg_address.h"
 
 namespace mvdb {
 namespace {
@@ -116,17 +117,25 @@ void PgStore::configure(const std::string& schema, OpenMode mode) {
     m_db.exec("SET client_encoding = 'UTF8'");
     // As long as the embedded store waits for another planner's commit.
     m_db.exec("SET lock_timeout = '10s'");
-    // Without a schema named by the caller, the service lives in the connection's current schema: the
-    // first of its search_path that exists, or, for a new service, the first one named there
-    // (options=-csearch_path%3Dname in the address), made below.
+    // Without a schema named by the caller, the service lives in the first schema that the connection's
+    // search_path names (options=-csearch_path%3Dname in the address), made below when it is new;
+    // "$user" counts only when that schema exists, as the server itself reads it.
     std::string name = schema;
     if (name.empty()) {
-        pg::Row current = m_db.run(
-            "SELECT coalesce(current_schema(), ''), "
-            "replace(trim(both ' \"' from split_part(current_setting('search_path'), ',', 1)), '$user', "
-            "current_user)",
+        pg::Row setting = m_db.run(
+            "SELECT current_setting('search_path'), current_user::text, "
+            "EXISTS(SELECT 1 FROM pg_catalog.pg_namespace WHERE nspname = current_user)",
             {}, "schéma courant")[0];
-        name = !current[0].empty() || mode == OpenMode::ExistingOnly ? current[0] : current[1];
+        for (const std::string& named : pg::searchPathSchemas(setting[0])) {
+            if (named != "$user") {
+                name = named;
+                break;
+            }
+            if (setting[2] == std::string(1, '\1')) {
+                name = setting[1];
+                break;
+            }
+        }
     }
     if (name.empty()) {
         throw base::Error(base::codes::kStorage,

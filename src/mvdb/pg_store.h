@@ -32,9 +32,9 @@ IndexEntryArrays indexEntryArrays(const FileDictionary& dictionary,
 class PgStore : public Store {
 public:
     // Connects with a libpq connection text ("postgresql://..." or "key=value ..."; an empty text takes
-    // the PG* environment variables). The files live in `schema`, created when missing, or in the
-    // connection's current schema when it is empty. ExistingOnly refuses a schema that holds no
-    // service; a schema of another program is always refused.
+    // the PG* environment variables). The files live in `schema`, or, when it is empty, in the first
+    // schema that the connection's search_path names, whatever its name; either is made when missing.
+    // ExistingOnly refuses a schema that holds no service; a schema of another program is always refused.
     static std::unique_ptr<PgStore> open(const std::string& connection, OpenMode mode,
                                          const std::string& schema = {});
     // Removes a schema and every file in it: for services made only to be thrown away, as in tests.

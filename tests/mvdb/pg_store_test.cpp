@@ -13,6 +13,7 @@
 #include "base/error.h"
 #include "base/text.h"
 #include "mvdb/open_store.h"
+#include "mvdb/pg_address.h"
 #include "support/memory_database.h"
 #include "support/pg_service.h"
 
@@ -403,14 +404,63 @@ TEST_F(PgStoreTest, AServiceMustExistToBeOpenedAsExisting) {
     EXPECT_EQ(message.rfind("Base de données introuvable : ", 0), 0u) << message;
 }
 
-// A service of its own per address: the schema the address puts first in its search_path.
-TEST_F(PgStoreTest, TheAddressNamesTheSchemaOfItsServiceAndANewOneIsMade) {
-    const std::string address = testing_support::pgServiceAddress(pgTestServer(), ownName());
-    std::string message = errorOf([&] { mvdb::openStore(address, mvdb::OpenMode::ExistingOnly); });
-    EXPECT_NE(message.find(" n'a aucun schéma où ranger les fichiers"), std::string::npos) << message;
-    mvdb::openStore(address, mvdb::OpenMode::CreateIfMissing)->write("CIVILAIDE", "00001", "dans le schéma");
-    auto named = mvdb::PgStore::open(pgTestServer(), mvdb::OpenMode::ExistingOnly, ownName());
-    EXPECT_EQ(named->read("CIVILAIDE", "00001"), std::optional<std::string>("dans le schéma"));
+// A service of its own per address: the first schema that the address's search_path names, made on
+// first use whatever its name, and never one named after it.
+TEST_F(PgStoreTest, TheFirstSchemaOfTheSearchPathHoldsTheServiceAndIsMadeOnFirstUse) {
+    const std::string base = "zt_" + std::to_string(::getpid()) + "_path";
+    auto encoded = [](const std::string& text) {
+        std::string out;
+        for (char c : text)
+            out += c == '"' ? "%22" : c == ',' ? "%2C" : c == '$' ? "%24" : std::string(1, c);
+        return out;
+    };
+    struct Case {
+        const char* name;
+        std::string searchPath;
+        std::string schema;
+    } cases[] = {
+        {"new schema before one that exists", base + "_nord,public", base + "_nord"},
+        {"quoted name with a comma", "\"" + base + "_a,b\",public", base + "_a,b"},
+        {"quoted name with a quote", "\"" + base + "_ab\"\"\"", base + "_ab\""},
+        {"unquoted name in capitals", base + "_UP", base + "_up"},
+        {"the user's schema, which does not exist", "\"$user\"," + base + "_u", base + "_u"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        mvdb::PgStore::dropSchema(pgTestServer(), c.schema);
+        const std::string address = testing_support::pgServiceAddress(pgTestServer(), encoded(c.searchPath));
+        std::string message = errorOf([&] { mvdb::openStore(address, mvdb::OpenMode::ExistingOnly); });
+        EXPECT_EQ(message.rfind("Base de données introuvable : ", 0), 0u) << message;
+        EXPECT_NE(message.find(", schéma " + c.schema + " sans fichiers"), std::string::npos) << message;
+
+        mvdb::openStore(address, mvdb::OpenMode::CreateIfMissing)->write("CIVILAIDE", "00001", c.name);
+        auto named = mvdb::PgStore::open(pgTestServer(), mvdb::OpenMode::ExistingOnly, c.schema);
+        EXPECT_EQ(named->read("CIVILAIDE", "00001"), std::optional<std::string>(c.name));
+        EXPECT_EQ(mvdb::openStore(address, mvdb::OpenMode::ExistingOnly)->read("CIVILAIDE", "00001"),
+                  std::optional<std::string>(c.name));
+        mvdb::PgStore::dropSchema(pgTestServer(), c.schema);
+    }
+}
+
+TEST(PgSearchPath, ReadsNamesAsTheServerDoes) {
+    struct Case {
+        const char* name;
+        std::string setting;
+        Keys schemas;
+    } cases[] = {
+        {"empty", "", {}},
+        {"the default", "\"$user\", public", {"$user", "public"}},
+        {"unquoted in capitals", "Nord,PUBLIC", {"nord", "public"}},
+        {"quoted keeps case and commas", " \"Nord,Sud\" , public", {"Nord,Sud", "public"}},
+        {"doubled quote", "\"ab\"\"\",x", {"ab\"", "x"}},
+        {"accents kept", "\"équipe_été\"", {"équipe_été"}},
+        {"cut to 63 bytes", std::string(70, 'a'), {std::string(63, 'a')}},
+        {"cut before a split character", std::string(62, 'a') + "é", {std::string(62, 'a')}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(mvdb::pg::searchPathSchemas(c.setting), c.schemas);
+    }
 }
 
 // The server ends sessions left idle past a limit: the next statement finds the connection gone.
