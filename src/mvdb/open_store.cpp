@@ -3,14 +3,11 @@
 #include <cstdlib>
 
 #include "base/error.h"
+#include "mvdb/pg_address.h"
 #include "mvdb/pg_store.h"
 
 namespace mvdb {
 namespace {
-
-bool startsWith(const std::string& text, const char* prefix) {
-    return text.rfind(prefix, 0) == 0;
-}
 
 bool environmentNamesServer() {
     for (const char* name : {"PGHOST", "PGHOSTADDR", "PGSERVICE", "PGDATABASE"}) {
@@ -23,8 +20,7 @@ bool environmentNamesServer() {
 }  // namespace
 
 std::unique_ptr<Store> openStore(const std::string& text, OpenMode mode) {
-    if (startsWith(text, "postgresql://") || startsWith(text, "postgres://"))
-        return PgStore::open(text, mode);
+    if (pg::isServerAddress(text)) return PgStore::open(text, mode);
     if (text.empty()) {
         // libpq reads the PG* variables itself when given an empty connection text.
         if (environmentNamesServer()) return PgStore::open(text, mode);

@@ -99,14 +99,16 @@ std::int64_t integer(const std::string& column) {
 
 Connection::Connection(const std::string& text)
     : m_secrets(checkAddress(text)), m_conn(PQconnectdb(canonicalAddress(text).c_str())) {
+    // The password may also come from the environment or a password file.
+    if (m_conn && PQpass(m_conn) && *PQpass(m_conn)) m_secrets.emplace_back(PQpass(m_conn));
     if (PQstatus(m_conn) != CONNECTION_OK) {
         std::string message = "Connexion impossible au serveur PostgreSQL " +
                               (m_conn ? describe(m_conn) + " : " + trimmed(PQerrorMessage(m_conn))
                                       : std::string(": mémoire insuffisante"));
         PQfinish(m_conn);
-        throw base::Error(base::codes::kStorage, message);
+        throw base::Error(base::codes::kStorage, masked(message, m_secrets));
     }
-    m_name = describe(m_conn);
+    m_name = masked(describe(m_conn), m_secrets);
     // The server's notices ("already exists, skipping") are not the user's business.
     PQsetNoticeProcessor(m_conn, ignoreNotice, nullptr);
 }
@@ -185,7 +187,7 @@ void Connection::quietly(const char* sql) {
 
 void Connection::fail(const std::string& what, const PGresult* result) const {
     const char* primary = result ? PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY) : nullptr;
-    std::string message = primary ? primary : trimmed(PQerrorMessage(m_conn));
+    std::string message = masked(primary ? primary : trimmed(PQerrorMessage(m_conn)), m_secrets);
     if (lost()) {
         throw base::Error(base::codes::kStorage, "La connexion au serveur PostgreSQL de la base " + m_name +
                                                      " est perdue : " + message);
@@ -201,7 +203,7 @@ void Connection::fail(const std::string& what, const PGresult* result) const {
     }
     std::string text = "Erreur de la base " + m_name;
     if (!what.empty()) text += " (" + what + ")";
-    throw base::Error(base::codes::kStorage, text + " : " + message);
+    throw base::Error(base::codes::kStorage, masked(text, m_secrets) + " : " + message);
 }
 
 }  // namespace mvdb::pg

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "base/error.h"
 #include "mvdb/open_store.h"
 
@@ -50,6 +52,62 @@ TEST(PgAddress, AMalformedAddressSaysWhatIsWrong) {
         EXPECT_EQ(message, c.message);
         EXPECT_EQ(message.find("secret"), std::string::npos);
         EXPECT_EQ(message.find("cret"), std::string::npos);
+    }
+}
+
+TEST(PgAddress, BothFormsOfAddressNameAServerWhateverTheCaseOfTheScheme) {
+    struct Case {
+        const char* name;
+        std::string text;
+        bool server;
+    } cases[] = {
+        {"path with an equals sign", "/tmp/a=b.db", false},
+        {"file name", "service.db", false},
+        {"memory", ":memory:", false},
+        {"word beginning with a digit", "2=b.db", false},
+        {"one slash after the scheme", "postgresql:/h/b", false},
+        {"URI", "postgresql://h/b", true},
+        {"URI in capitals", "POSTGRESQL://h/b", true},
+        {"short scheme in mixed case", "Postgres://h", true},
+        {"keywords", "host=/x dbname=b", true},
+        {"keywords with blanks", "  dbname = b", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(mvdb::pg::isServerAddress(c.text), c.server);
+    }
+}
+
+// No server answers at /nonexistent: every open fails, and its message must name the server without
+// ever showing the password, nor leave a file of that name behind.
+TEST(PgAddress, NoMessageShowsThePassword) {
+    const std::string unreachable =
+        "Connexion impossible au serveur PostgreSQL base sur /nonexistent:5432 : connection to server on "
+        "socket "
+        "\"/nonexistent/.s.PGSQL.5432\" failed: No such file or directory";
+    struct Case {
+        const char* name;
+        std::string text;
+        std::string message;
+    } cases[] = {
+        {"unknown keyword", "host=/nonexistent password=secret typo=1", kBad + "paramètre inconnu « typo »"},
+        {"keyword without its equals sign", "host=/nonexistent password secret",
+         kBad + "« = » manque après « password »"},
+        {"unclosed quote", "host=/nonexistent password='secret",
+         kBad + "guillemet « ' » non fermé dans la valeur de « password »"},
+        {"URI in capitals", "POSTGRESQL://u:secret@/base?host=/nonexistent", unreachable},
+        {"keywords", "host=/nonexistent dbname=base password=secret", unreachable},
+        {"quoted keywords", "host = '/nonexistent' dbname=base password = 'se cret'", unreachable},
+        {"password that is also the base's name", "postgresql://u:secret@/secret?host=/nonexistent",
+         "Connexion impossible au serveur PostgreSQL **** sur /nonexistent:5432 : "},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string message = openError(c.text);
+        const bool reasonFollows = c.message.size() > 2 && c.message.substr(c.message.size() - 2) == ": ";
+        EXPECT_EQ(reasonFollows ? message.substr(0, c.message.size()) : message, c.message);
+        EXPECT_EQ(message.find("secret"), std::string::npos);
+        EXPECT_FALSE(std::filesystem::exists(c.text));
     }
 }
 
