@@ -21,6 +21,11 @@ std::string DemoProtocole::key() const {
            base::zeroPad(start, 4);
 }
 
+std::string DemoProtocole::assignmentElementKey() const {
+    const std::string tag = key();
+    return codeAide + base::Mid(tag, 1, 5) + base::Mid(tag, 9, 6);
+}
+
 bool DemoProtocole::inForceOn(int day, int weekday) const {
     if (day < firstDay || (lastDay && day > *lastDay)) return false;
     return weekdays.empty() || std::find(weekdays.begin(), weekdays.end(), weekday) != weekdays.end();

@@ -85,6 +85,11 @@ struct DemoProtocole {
 
     // CodeAide + first day + element + sequence + start bound: 21 characters.
     std::string key() const;
+    // The SSIADELEMGEST key under which the assignment dialog looks for the sector of a label of this
+    // protocole: the aidé's code joined to characters 1 to 5 and 9 to 14 of the label's Tag, whose first
+    // 21 characters are key(). Sixteen characters: the code twice, the last two digits of the first
+    // day and the first four of the element.
+    std::string assignmentElementKey() const;
     bool inForceOn(int day, int weekday) const;
     bool morning() const { return start < 1400; }
 };

@@ -1,5 +1,7 @@
 #include "app/demo_records.h"
 
+#include <map>
+
 #include "base/text.h"
 #include "data/layouts.h"
 #include "mvdb/dynamic_record.h"
@@ -76,6 +78,23 @@ std::size_t writeAides(mvdb::Store& store, const DemoService& service) {
     return service.aides.size();
 }
 
+// The sector of each protocole again, under the key that the assignment dialog reads, so that a waiting
+// label can be sent to the tournées of its aidé's sector. Several protocoles may share one key.
+std::size_t writeAssignmentElements(mvdb::Store& store, const DemoService& service) {
+    std::map<std::string, std::string> sectorOf;
+    for (const DemoAide& aide : service.aides)
+        sectorOf[aide.code] = aide.sector;
+    std::map<std::string, std::string> elements;
+    for (const DemoProtocole& p : service.protocoles)
+        elements.emplace(p.assignmentElementKey(), sectorOf.at(p.codeAide));
+    for (const auto& [key, sector] : elements) {
+        mvdb::DynamicRecord element;
+        element.set(data::elemgest::kSecteur, sector);
+        store.write(std::string(data::kSSIADELEMGEST), key, element.text());
+    }
+    return elements.size();
+}
+
 std::size_t writeAccords(mvdb::Store& store, const DemoService& service) {
     using namespace data::accords;
     for (const DemoAccord& a : service.accords) {
@@ -124,9 +143,9 @@ DemoSummary writeDemoRecords(mvdb::Store& store, const DemoService& service) {
     summary.soins = writeSoins(store, service);
     summary.tournees = writeTournees(store, service);
     summary.aides = writeAides(store, service);
-    summary.elements = summary.aides;
     summary.accords = writeAccords(store, service);
     summary.protocoles = writeProtocoles(store, service);
+    summary.elements = summary.aides + writeAssignmentElements(store, service);
     summary.interventions = writeVisits(store, service);
     return summary;
 }

@@ -17,6 +17,7 @@
 #include "base/error.h"
 #include "qtui/main_window.h"
 #include "qtui/printers.h"
+#include "qtui/traductions.h"
 #include "shell/ctr_zandorel.h"
 
 namespace app {
@@ -59,6 +60,10 @@ std::string defaultDatabasePath() {
 int runGui(const GuiOptions& o, int argc, char** argv) {
     QApplication application(argc, argv);
     QApplication::setApplicationName("Zandorel");
+    if (!qtui::installerTraductionsQt(application)) {
+        std::cerr << "zandorel : traductions françaises de Qt introuvables (paquet qt6-translations-l10n) : "
+                     "les fenêtres de Qt restent en anglais\n";
+    }
     // Fonts shipped beside the program, for machines that lack them.
     QDir fonts(QCoreApplication::applicationDirPath() + "/../share/zandorel/fonts");
     for (const QString& file : fonts.entryList({"*.ttf"}, QDir::Files))

@@ -65,8 +65,11 @@ int runDump(const Options& o) {
     return 0;
 }
 
-int runPlayCommand(const Options& o) {
-    app::PlayOptions options{o.db, o.today};
+int runPlayCommand(const Options& o, int& argc, char** argv) {
+    app::PlayPdfFiles pdfFiles(argc, argv);
+    app::PlayOptions options{o.db, o.today, [&pdfFiles](const std::string& device, const std::string& path) {
+                                 return pdfFiles.make(device, path);
+                             }};
     if (o.input.empty() || o.input == "-") return app::runPlay(options, std::cin, std::cout, std::cerr);
     std::ifstream in(o.input);
     if (!in) throw base::Error(base::codes::kBadData, "Lecture impossible du scénario " + o.input);
@@ -155,7 +158,7 @@ int main(int argc, char** argv) {
         if (*load) return runLoad(o);
         if (*dump) return runDump(o);
         if (*query) return runQuery(o);
-        if (*play) return runPlayCommand(o);
+        if (*play) return runPlayCommand(o, argc, argv);
         if (*print) {
             app::runPrint(app::PrintOptions{o.db, o.date, o.tournee, o.out, o.today}, argc, argv);
             return 0;

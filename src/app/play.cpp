@@ -1,6 +1,5 @@
 #include "app/play.h"
 
-#include <algorithm>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -68,10 +67,46 @@ int number(const std::string& text, const char* what) {
     throw ScriptError(std::string(what) + " : nombre attendu, « " + text + " » trouvé");
 }
 
+// The printers that a script has named, in the order it named them: recording printers, and PDF files
+// for the names "pdf:PATH" when the runner can write them.
+class ScriptPrinters : public toolkit::Printers {
+public:
+    explicit ScriptPrinters(PdfPrinterMaker pdf) : m_pdf(std::move(pdf)) {}
+
+    std::vector<std::string> deviceNames() const override {
+        std::vector<std::string> names;
+        for (const auto& p : m_printers)
+            names.push_back(p->deviceName());
+        return names;
+    }
+
+    // A device named once is the same printer for the rest of the script.
+    void add(const std::string& device) {
+        for (const auto& p : m_printers)
+            if (p->deviceName() == device) return;
+        static const std::string kPdf = "pdf:";
+        if (m_pdf && device.rfind(kPdf, 0) == 0 && device.size() > kPdf.size()) {
+            m_printers.push_back(m_pdf(device, device.substr(kPdf.size())));
+        } else {
+            m_printers.push_back(std::make_unique<toolkit::RecordingPrinter>(device));
+        }
+    }
+
+protected:
+    toolkit::Printer& printer(int index) override { return *m_printers.at(static_cast<std::size_t>(index)); }
+
+private:
+    PdfPrinterMaker m_pdf;
+    std::vector<std::unique_ptr<toolkit::Printer>> m_printers;
+};
+
 class Runner {
 public:
     Runner(const PlayOptions& options, std::ostream& out, std::ostream& err)
-        : m_options(options), m_out(out), m_err(err) {
+        : m_options(options),
+          m_out(out),
+          m_err(err),
+          m_printers(std::make_shared<ScriptPrinters>(options.pdfPrinter)) {
         if (!options.today.empty()) m_today = parseTodayOption(options.today);
         registerVerbs();
     }
@@ -185,7 +220,7 @@ private:
             m_ctl->setTheClient(nullptr);
             m_ctl->setTheDatabase(m_db);
             m_ctl->setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(m_rights));
-            m_ctl->setPrinters(std::make_shared<toolkit::RecordingPrinters>(m_printerNames));
+            m_ctl->setPrinters(m_printers);
             m_ctl->Init();
         };
         m_verbs["terminate"] = [this](const auto& w) {
@@ -226,6 +261,13 @@ private:
             if (c.kind() != toolkit::Kind::ComboBox)
                 throw ScriptError(w[1] + " n'est pas une liste déroulante");
             toolkit::input::choose(static_cast<toolkit::ComboBox&>(c), w[2]);
+        };
+        m_verbs["scroll"] = [this](const auto& w) {
+            arity(w, 2, 2);
+            toolkit::Control& c = find(w[1]);
+            if (c.kind() != toolkit::Kind::VScrollBar)
+                throw ScriptError(w[1] + " n'est pas une barre de défilement");
+            toolkit::input::scroll(static_cast<toolkit::VScrollBar&>(c), number(w[2], "scroll"));
         };
         m_verbs["answer"] = [this](const auto& w) {
             if (w.size() < 2) throw ScriptError("answer : au moins une réponse attendue");
@@ -278,13 +320,14 @@ private:
                 throw ScriptError("printer : « cancel » ou une imprimante et « copies N » attendus");
             int copies = w.size() == 4 ? number(w[3], "copies") : 1;
             if (copies < 1) throw ScriptError("printer : au moins une copie attendue");
-            addPrinter(w[1]);
+            m_printers->add(w[1]);
             m_host.queuePrinter(w[1], copies);
         };
     }
 
-    // Steps of a dialog: names of controls to click, and "select N" for the list index N (from 0) of
-    // the form's first list box. Their syntax is checked when queued; the controls, once the form shows.
+    // Steps of a dialog: names of controls to click, "select N" for the list index N (from 0) of the
+    // form's first list box, and "dump" for the form as it stands. Their syntax is checked when queued;
+    // the controls, once the form shows.
     static void checkDialogSteps(const std::vector<std::string>& steps) {
         for (std::size_t i = 0; i < steps.size(); ++i) {
             if (steps[i] != "select") continue;
@@ -297,6 +340,8 @@ private:
         for (std::size_t i = 0; i < steps.size(); ++i) {
             if (steps[i] == "select") {
                 selectInFirstList(form, number(steps[++i], "select"));
+            } else if (steps[i] == "dump") {
+                m_out << dumpForm(form, m_host.takeShown()) << '\n';
             } else {
                 toolkit::input::click(find(form, steps[i]));
             }
@@ -359,14 +404,6 @@ private:
         toolkit::input::dragDrop(*form, cibleX, cibleY);
     }
 
-    // Until real printers come, each device a script names joins a list of recording printers, so the
-    // choice finds it by name ("pdf:/tmp/out.pdf" included); nothing reaches a file yet.
-    void addPrinter(const std::string& device) {
-        if (std::find(m_printerNames.begin(), m_printerNames.end(), device) != m_printerNames.end()) return;
-        m_printerNames.push_back(device);
-        if (m_ctl) m_ctl->setPrinters(std::make_shared<toolkit::RecordingPrinters>(m_printerNames));
-    }
-
     PlayOptions m_options;
     std::ostream& m_out;
     std::ostream& m_err;
@@ -381,7 +418,7 @@ private:
     bool m_failed = false;
     std::vector<std::string> m_lines;
     std::size_t m_next = 0;  // the line to play next
-    std::vector<std::string> m_printerNames;
+    std::shared_ptr<ScriptPrinters> m_printers;
 };
 
 }  // namespace

@@ -1,13 +1,24 @@
 #pragma once
 
+#include <functional>
 #include <iosfwd>
+#include <memory>
 #include <string>
 
+#include "toolkit/printer.h"
+
 namespace app {
+
+// Makes the printer that a script names "pdf:PATH": its device name, and the file it writes.
+using PdfPrinterMaker =
+    std::function<std::unique_ptr<toolkit::Printer>(const std::string& device, const std::string& path)>;
 
 struct PlayOptions {
     std::string db;
     std::string today;  // "dd/mm/yyyy", empty for the computer's date
+    // The PDF files of "printer pdf:PATH". Without it such a printer, like every other one a script
+    // names, only records what it is asked to draw.
+    PdfPrinterMaker pdfPrinter = {};
 };
 
 // Plays a scenario script on the screen, headless, one command per line ("#" starts a comment; texts

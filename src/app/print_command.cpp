@@ -22,6 +22,18 @@ void echecSiMessage(toolkit::HeadlessHost& host) {
 
 }  // namespace
 
+PlayPdfFiles::PlayPdfFiles(int& argc, char** argv) : m_argc(argc), m_argv(argv) {}
+
+PlayPdfFiles::~PlayPdfFiles() = default;
+
+std::unique_ptr<toolkit::Printer> PlayPdfFiles::make(const std::string& device, const std::string& path) {
+    if (!m_application && !QGuiApplication::instance()) {
+        setenv("QT_QPA_PLATFORM", "offscreen", 0);
+        m_application = std::make_unique<QGuiApplication>(m_argc, m_argv);
+    }
+    return std::make_unique<qtui::PdfPrinter>(device, path);
+}
+
 void runPrint(const PrintOptions& o, int argc, char** argv) {
     // A command without a window: fonts and the PDF writer need Qt, a display they do not.
     setenv("QT_QPA_PLATFORM", "offscreen", 0);

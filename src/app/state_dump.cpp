@@ -50,7 +50,24 @@ json controlJson(const toolkit::Control& c) {
     j["enabled"] = c.enabled();
     j["left"] = c.left();
     j["top"] = c.top();
+    j["backColor"] = c.backColor();
     return j;
+}
+
+json messagesJson(const std::vector<toolkit::HeadlessHost::Shown>& messages) {
+    json shown = json::array();
+    for (const auto& m : messages) {
+        shown.push_back({{"title", m.title}, {"text", m.text}, {"style", m.style}, {"answer", m.answer}});
+    }
+    return shown;
+}
+
+json controlsJson(const toolkit::Form& form) {
+    json controls = json::object();
+    for (const toolkit::Control* c : form.controls()) {
+        if (c->index() < 0) controls[c->name()] = controlJson(*c);
+    }
+    return controls;
 }
 
 json labelJson(const toolkit::Control& l) {
@@ -111,18 +128,10 @@ std::string dumpState(const control::Ctr_Zandorel& ctl,
                       const std::vector<toolkit::HeadlessHost::Shown>& messages,
                       const std::vector<std::string>& errors) {
     json j;
-    json shown = json::array();
-    for (const auto& m : messages) {
-        shown.push_back({{"title", m.title}, {"text", m.text}, {"style", m.style}, {"answer", m.answer}});
-    }
-    j["messages"] = shown;
+    j["messages"] = messagesJson(messages);
     j["errors"] = errors;
     j["state"] = stateJson(ctl);
-    json controls = json::object();
-    for (const toolkit::Control* c : ctl.UserControl.controls()) {
-        if (c->index() < 0) controls[c->name()] = controlJson(*c);
-    }
-    j["controls"] = controls;
+    j["controls"] = controlsJson(ctl.UserControl);
     json labels = json::array();
     for (const toolkit::Control* l : ctl.Etq_Aide.elements()) {
         if (l->index() > 0) labels.push_back(labelJson(*l));
@@ -137,6 +146,15 @@ std::string dumpState(const control::Ctr_Zandorel& ctl,
     j["focus"] = focusName(ctl.UserControl.activeControl());
     j["mousePointer"] = ctl.host().screenMousePointer();
     j["enabled"] = ctl.UserControl.enabled();
+    return j.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+std::string dumpForm(const toolkit::Form& form, const std::vector<toolkit::HeadlessHost::Shown>& messages) {
+    json j;
+    j["messages"] = messagesJson(messages);
+    j["form"] = form.name();
+    j["caption"] = form.caption();
+    j["controls"] = controlsJson(form);
     return j.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 

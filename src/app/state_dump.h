@@ -8,6 +8,9 @@
 namespace control {
 class Ctr_Zandorel;
 }
+namespace toolkit {
+class Form;
+}
 
 namespace app {
 
@@ -18,5 +21,9 @@ namespace app {
 std::string dumpState(const control::Ctr_Zandorel& ctl,
                       const std::vector<toolkit::HeadlessHost::Shown>& messages,
                       const std::vector<std::string>& errors);
+
+// A modal form as it shows, as one line of JSON: the boxes shown since the last dump, the form's name
+// and caption, and its controls by name as dumpState gives them.
+std::string dumpForm(const toolkit::Form& form, const std::vector<toolkit::HeadlessHost::Shown>& messages);
 
 }  // namespace app

@@ -143,6 +143,7 @@ private:
     void afficher(int index);
     std::string m_code, m_date;
     std::vector<std::string> m_cles;
+    std::string m_finAffichee;  // the end bound as Txt_BorneFin showed it
 };
 
 }  // namespace control

@@ -6,6 +6,7 @@
 #include "companions/companions.h"
 #include "data/gateway.h"
 #include "data/layouts.h"
+#include "model/clock.h"
 
 namespace control {
 namespace {
@@ -41,8 +42,21 @@ std::vector<std::string> mots(const std::string& texte) {
     return out;
 }
 
+// A bound in hundredths of an hour, as the planner reads a time: 1150 is "11h30".
 std::string heure(const std::string& centiemes) {
-    return base::Left(base::padZeros(centiemes, 4), 2) + "h" + base::Right(base::padZeros(centiemes, 4), 2);
+    return Ctr_Zandorel::heureDepot(base::toNumber(centiemes));
+}
+
+// A time typed as HHhMM ("11h30", "9h05", "9h") in hundredths of an hour on four digits ("1150"); empty
+// when the text is no time of the day from 00h00 to 24h00.
+std::string centiemes(const std::string& texte) {
+    const std::size_t h = texte.find_first_of("hH");
+    if (h == std::string::npos || h == 0 || h > 2) return "";
+    const std::string heures = texte.substr(0, h), minutes = texte.substr(h + 1);
+    if (!chiffres(heures) || (!minutes.empty() && (minutes.size() != 2 || !chiffres(minutes)))) return "";
+    const int hh = std::stoi(heures), mm = minutes.empty() ? 0 : std::stoi(minutes);
+    if (mm > 59 || hh > 24 || (hh == 24 && mm > 0)) return "";
+    return base::zeroPad(base::roundHalfEven(model::HeureVersCentiemes(hh + mm / 100.0) * 100), 4);
 }
 
 }  // namespace
@@ -60,7 +74,7 @@ Frm_ProtocoleSsiad::Frm_ProtocoleSsiad(Ctr_Zandorel& ctl)
     Lst_Protocoles.setGeometry(120, 120, 4200, 3960);
     const std::pair<toolkit::TextBox*, const char*> champs[] = {
         {&Txt_Jours, "Jours (1 lundi à 7 dimanche, vide : tous)"},
-        {&Txt_BorneFin, "Fin de la fenêtre (centièmes d'heure)"},
+        {&Txt_BorneFin, "Fin de la fenêtre (HHhMM)"},
         {&Txt_DureeMn, "Durée (minutes)"},
         {&Txt_Soins, "Soins (codes séparés par des blancs)"},
         {&Txt_NbIntervenants, "Intervenants (1 ou 2)"}};
@@ -121,7 +135,8 @@ void Frm_ProtocoleSsiad::afficher(int index) {
     mvdb::DynamicRecord enreg;
     data::LireEnregistrement(*fichier(data::kSSIADPROTOCOLE), enreg, m_cles[static_cast<std::size_t>(index)]);
     Txt_Jours.setText(joindre(enreg, pr::kJoursSemaine));
-    Txt_BorneFin.setText(enreg(pr::kBorneFin));
+    m_finAffichee = heure(enreg(pr::kBorneFin));
+    Txt_BorneFin.setText(m_finAffichee);
     Txt_DureeMn.setText(enreg(pr::kDureeMn));
     Txt_Soins.setText(joindre(enreg, pr::kSoins));
     Txt_NbIntervenants.setText(enreg(pr::kNbIntervenants, 1).empty() ? "1" : enreg(pr::kNbIntervenants, 1));
@@ -135,12 +150,15 @@ bool Frm_ProtocoleSsiad::Cmd_Enregistrer_Click() {
     for (const std::string& j : jours)
         if (j.size() != 1 || j < "1" || j > "7")
             return refuser("Les jours vont de 1 (lundi) à 7 (dimanche).");
-    const std::string fin = Txt_BorneFin.text();
+    mvdb::DynamicRecord enreg = fichier(data::kSSIADPROTOCOLE)->Read(cle);
+    // A bound shown to the five minutes and left as it was keeps its own hundredths: 1110 shows "11h05",
+    // which would come back as 1108.
+    const std::string fin =
+        Txt_BorneFin.text() == m_finAffichee ? enreg(pr::kBorneFin) : centiemes(Txt_BorneFin.text());
     // The start bound is the key's last four characters: it names the protocole and cannot change here.
-    if (!chiffres(fin) || fin.size() != 4 || fin > "2400" || fin <= base::Right(cle, 4))
-        return refuser(
-            "La fin de la fenêtre s'écrit en centièmes d'heure sur quatre chiffres, après son début (" +
-            base::Right(cle, 4) + ").");
+    if (fin.empty() || base::compareValues(fin, base::Right(cle, 4)) <= 0)
+        return refuser("La fin de la fenêtre s'écrit HHhMM, par exemple 11h30, après son début (" +
+                       heure(base::Right(cle, 4)) + ").");
     if (!chiffres(Txt_DureeMn.text()) || Txt_DureeMn.text().size() > 3 ||
         base::toNumber(Txt_DureeMn.text()) < 1)
         return refuser("La durée se saisit en minutes, de 1 à 999.");
@@ -153,7 +171,6 @@ bool Frm_ProtocoleSsiad::Cmd_Enregistrer_Click() {
     if (Txt_NbIntervenants.text() != "1" && Txt_NbIntervenants.text() != "2")
         return refuser("Le nombre d'intervenants est 1 ou 2.");
 
-    mvdb::DynamicRecord enreg = fichier(data::kSSIADPROTOCOLE)->Read(cle);
     enreg.set(pr::kJoursSemaine, "");
     for (std::size_t v = 0; v < jours.size(); ++v)
         enreg.set(pr::kJoursSemaine, static_cast<std::int64_t>(v + 1), jours[v]);

@@ -5,7 +5,6 @@
 #include <QCursor>
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFormLayout>
@@ -162,25 +161,18 @@ void QtHost::PopupMenu(toolkit::Menu& menu) {
 
 namespace {
 
-// The help page: in share/zandorel/help beside the installed program, or, run from a build tree, in the
-// docs/help of the sources the build stands in. Each folder from the program's up is tried.
-QString cheminAide(const QString& page) {
-    QDir dossier(QCoreApplication::applicationDirPath());
-    do {
-        for (const QString& essai :
-             {QStringLiteral("../share/zandorel/help/"), QStringLiteral("docs/help/")}) {
-            const QFileInfo fichier(dossier.filePath(essai + page));
-            if (fichier.isFile()) return fichier.absoluteFilePath();
-        }
-    } while (dossier.cdUp());
-    return {};
+// The help pages ship inside the program, under this folder of its resources; their links stay there.
+QUrl pageAide(const QString& page) {
+    const QString chemin = QStringLiteral(":/aide/") + page;
+    if (!QFileInfo(chemin).isFile()) return {};
+    return QUrl(QStringLiteral("qrc") + chemin);
 }
 
 }  // namespace
 
 void QtHost::ShowHelp(const std::string& page, const std::string& title) {
-    const QString chemin = cheminAide(QString::fromStdString(page));
-    if (chemin.isEmpty()) {
+    const QUrl adresse = pageAide(QString::fromStdString(page));
+    if (adresse.isEmpty()) {
         MsgBox("La page d'aide " + page + " est introuvable.", toolkit::msgbox::kExclamation, title);
         return;
     }
@@ -188,7 +180,7 @@ void QtHost::ShowHelp(const std::string& page, const std::string& title) {
     fenetre.setWindowTitle(QString::fromStdString(title));
     auto* texte = new QTextBrowser(&fenetre);
     texte->setOpenExternalLinks(true);
-    texte->setSource(QUrl::fromLocalFile(chemin));
+    texte->setSource(adresse);
     auto* boutons = new QDialogButtonBox(&fenetre);
     boutons->addButton("Fermer", QDialogButtonBox::RejectRole);
     QObject::connect(boutons, &QDialogButtonBox::rejected, &fenetre, &QDialog::reject);

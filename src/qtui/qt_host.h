@@ -27,7 +27,8 @@ public:
     int ChoosePrinter(const std::vector<std::string>& devices, const std::string& paper,
                       int& copies) override;
     void setPdfPrinter(PdfPrinter* pdf) { m_pdf = pdf; }
-    // A window with the page in a QTextBrowser; a message box when the page is nowhere to be found.
+    // A window with the page, which ships inside the program, in a QTextBrowser; a message box when the
+    // program holds no such page.
     void ShowHelp(const std::string& page, const std::string& title) override;
 
 protected:

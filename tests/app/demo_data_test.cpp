@@ -232,7 +232,13 @@ TEST_P(DemoConsistency, ProtocolesAccordsAndSectorsHangTogether) {
             EXPECT_LT(lastOfSequence[sequence], number(p(6))) << key;
         }
         lastOfSequence[sequence] = p(7).empty() ? 99999 : number(p(7));
-        EXPECT_TRUE(elements.count(key.substr(0, 5) + key.substr(10, 6))) << key;
+        const std::string element = key.substr(0, 5) + key.substr(10, 6);
+        ASSERT_TRUE(elements.count(element)) << key;
+        // The assignment dialog reads the sector under the code joined to characters 1-5 and 9-14 of a
+        // label's Tag, whose first 21 characters are this key: the same sector must be found there.
+        const std::string forAssignment = key.substr(0, 5) + key.substr(0, 5) + key.substr(8, 6);
+        ASSERT_TRUE(elements.count(forAssignment)) << key;
+        EXPECT_EQ(elements.at(forAssignment)(23), elements.at(element)(23)) << key;
         EXPECT_EQ(key.substr(5, 5), p(6)) << key;
         EXPECT_EQ(p(2).size(), 4u) << key;
         EXPECT_LT(number(key.substr(17, 4)), number(p(2))) << key;

@@ -292,10 +292,16 @@ TEST(Frm_ProtocoleSsiad, ChecksEachFieldBeforeWritingTheProtocole) {
         std::string valeur, message;
     } const cas[] = {
         {"weekday 8", &P::Txt_Jours, "1 8", "Les jours vont de 1 (lundi) à 7 (dimanche)."},
-        {"window ending before it starts", &P::Txt_BorneFin, "0700",
-         "La fin de la fenêtre s'écrit en centièmes d'heure sur quatre chiffres, après son début (0800)."},
-        {"window end not a time", &P::Txt_BorneFin, "9h",
-         "La fin de la fenêtre s'écrit en centièmes d'heure sur quatre chiffres, après son début (0800)."},
+        {"window ending before it starts", &P::Txt_BorneFin, "07h30",
+         "La fin de la fenêtre s'écrit HHhMM, par exemple 11h30, après son début (08h00)."},
+        {"window ending as it starts", &P::Txt_BorneFin, "8h",
+         "La fin de la fenêtre s'écrit HHhMM, par exemple 11h30, après son début (08h00)."},
+        {"window end in hundredths", &P::Txt_BorneFin, "0900",
+         "La fin de la fenêtre s'écrit HHhMM, par exemple 11h30, après son début (08h00)."},
+        {"minutes past 59", &P::Txt_BorneFin, "9h75",
+         "La fin de la fenêtre s'écrit HHhMM, par exemple 11h30, après son début (08h00)."},
+        {"past midnight", &P::Txt_BorneFin, "24h05",
+         "La fin de la fenêtre s'écrit HHhMM, par exemple 11h30, après son début (08h00)."},
         {"no duration", &P::Txt_DureeMn, "0", "La durée se saisit en minutes, de 1 à 999."},
         {"no soin", &P::Txt_Soins, " ", "Le protocole doit compter au moins un soin."},
         {"unknown soin", &P::Txt_Soins, "S01 S99", "Le soin S99 n'existe pas."},
@@ -315,6 +321,56 @@ TEST(Frm_ProtocoleSsiad, ChecksEachFieldBeforeWritingTheProtocole) {
         EXPECT_EQ(e.refus([&] { return p.Cmd_Enregistrer_Click(); }), k.message);
         const mvdb::DynamicRecord r(e.enreg("SSIADPROTOCOLE", e.cle));
         EXPECT_EQ(r(1, 2) + "|" + r(3, 2), k.message.empty() ? "3|S02" : "|");
+    }
+}
+
+TEST(Frm_ProtocoleSsiad, ShowsTheWindowsAsTheClockReadsThem) {
+    struct Cas {
+        const char *nom, *debut, *fin, *liste, *champ;
+    } const cas[] = {
+        {"half past eleven", "0900", "1150", "09h00 - 11h30   30 mn   S01", "11h30"},
+        {"evening, off the five minutes", "1750", "1983", "17h30 - 19h50   30 mn   S01", "19h50"},
+        {"a hair before nine", "0750", "0899", "07h30 - 09h00   30 mn   S01", "09h00"},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        testing_support::SmallService s;
+        s.aide("00012", "DUPONT");
+        s.protocole("00012", k.debut, k.fin, "30");
+        s.start();
+        Frm_ProtocoleSsiad p(s.c);
+        p.setTheDatabase(s.f.service.db);
+        p.setCodeAide("00012");
+        p.setDateProtocole("23/11/2026");
+        p.Demarrer();
+        EXPECT_EQ(p.Lst_Protocoles.items(), Liste{k.liste});
+        EXPECT_EQ(p.Txt_BorneFin.text(), k.champ);
+    }
+}
+
+TEST(Frm_ProtocoleSsiad, WritesATypedEndInHundredthsAndKeepsOneLeftAsShown) {
+    struct Cas {
+        const char *nom, *fin, *saisie, *ecrit;
+    } const cas[] = {
+        {"left as shown keeps its own hundredths", "1110", "11h05", "1110"},
+        {"typed", "1110", "11h30", "1150"},
+        {"typed without minutes", "1110", "9h", "0900"},
+        {"typed on one digit", "1110", "9h10", "0917"},
+        {"end of the day", "1110", "24h00", "2400"},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        Ecran e;
+        const std::string cle = e.protocole("00012", "0800", k.fin, "30");
+        Frm_ProtocoleSsiad p(e.c);
+        p.setTheDatabase(e.f.service.db);
+        p.setCodeAide("00012");
+        p.setDateProtocole("23/11/2026");
+        p.Demarrer();
+        p.Lst_Protocoles.setListIndex(0);
+        p.Txt_BorneFin.setText(k.saisie);
+        EXPECT_EQ(e.refus([&] { return p.Cmd_Enregistrer_Click(); }), "");
+        EXPECT_EQ(mvdb::DynamicRecord(e.enreg("SSIADPROTOCOLE", cle))(2), k.ecrit);
     }
 }
 
