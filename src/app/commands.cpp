@@ -1,5 +1,7 @@
 #include "app/commands.h"
 
+#include <cerrno>
+#include <cstring>
 #include <istream>
 #include <ostream>
 #include <vector>
@@ -18,17 +20,36 @@ std::shared_ptr<mvdb::Database> openDatabase(const std::string& path, mvdb::Open
     return std::make_shared<mvdb::Database>(mvdb::openStore(path, mode), clock);
 }
 
-base::Date parseTodayOption(const std::string& text) {
+std::string todayProblem(const std::string& text) {
     std::optional<base::Date> date = base::Date::parse(text);
-    if (!date)
-        throw base::Error(base::codes::kBadData,
-                          "--today : date incorrecte « " + text + " » (jj/mm/aaaa attendu)");
-    return *date;
+    if (!date) return "date incorrecte « " + text + " » (jj/mm/aaaa attendu)";
+    if (date->year() < kFirstTodayYear || date->year() > kLastTodayYear) {
+        return "date « " + text + " » hors des années " + std::to_string(kFirstTodayYear) + " à " +
+               std::to_string(kLastTodayYear);
+    }
+    return {};
+}
+
+base::Date parseTodayOption(const std::string& text) {
+    const std::string problem = todayProblem(text);
+    if (!problem.empty()) throw base::Error(base::codes::kBadData, "--today : " + problem);
+    return *base::Date::parse(text);
+}
+
+void checkWritten(std::ostream& out, const std::string& where) {
+    errno = 0;
+    out.flush();
+    if (out) return;
+    const int cause = errno;
+    throw base::Error(
+        base::codes::kStorage,
+        "Écriture impossible sur " + where + (cause != 0 ? std::string(" : ") + std::strerror(cause) : ""));
 }
 
 std::size_t loadRecords(mvdb::Database& database, std::istream& in, const std::string& sourceName) {
     std::vector<RecordLine> records;
     std::string line;
+    errno = 0;
     for (std::size_t number = 1; std::getline(in, line); ++number) {
         if (!line.empty() && line.back() == '\r') line.pop_back();
         if (line.find_first_not_of(" \t") == std::string::npos) continue;
@@ -38,6 +59,14 @@ std::size_t loadRecords(mvdb::Database& database, std::istream& in, const std::s
             throw base::Error(e.code(), sourceName + ", ligne " + std::to_string(number) + " : " + e.what() +
                                             " ; rien n'a été chargé");
         }
+    }
+    // A folder opens as a file and fails at its first read: that is no empty input.
+    if (in.bad()) {
+        const int cause = errno;
+        throw base::Error(base::codes::kBadData,
+                          "Lecture impossible de " + sourceName +
+                              (cause != 0 ? std::string(" : ") + std::strerror(cause) : "") +
+                              " ; rien n'a été chargé");
     }
     mvdb::Store& store = database.store();
     mvdb::Transaction transaction(database);
@@ -56,9 +85,11 @@ void dumpRecords(mvdb::Database& database, const std::optional<std::string>& fil
         if (!store.hasFile(name)) throw base::Error(base::codes::kUnknownFile, "Fichier inconnu : " + name);
     }
     for (const std::string& name : files) {
+        if (!out) return;
         store.scanAll(name, [&](const std::string& key, const std::string& text) {
             out << recordToJson({name, key, text}) << '\n';
-            return true;
+            // A full disk fails every later write too: stop at once rather than format the rest.
+            return static_cast<bool>(out);
         });
     }
 }
@@ -70,9 +101,13 @@ void queryRecords(mvdb::Database& database, const std::string& file, const std::
     request.set(2, file);
     request.set(3, list);
     mvdb::DynamicRecord reply = database.Query(request.text());
+    // Each row is cut once: a list of thousands of attributes makes rows of thousands of values.
+    std::vector<std::string_view> values;
     for (std::int64_t row = 1; row <= reply.DCount(); ++row) {
-        for (std::int64_t v = 1; v <= reply.DCount(row); ++v)
-            out << (v > 1 ? "\t" : "") << reply.view(row, v);
+        const std::string_view line = reply.view(row);
+        if (!line.empty()) mvdb::splitPieces(line, mvdb::kValueMark, values);
+        for (std::size_t v = 0; !line.empty() && v < values.size(); ++v)
+            out << (v > 0 ? "\t" : "") << values[v];
         out << '\n';
     }
 }

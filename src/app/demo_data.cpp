@@ -1,5 +1,6 @@
 #include "app/demo_data.h"
 
+#include "app/commands.h"
 #include "app/demo_care.h"
 #include "app/demo_model.h"
 #include "app/demo_people.h"
@@ -27,7 +28,10 @@ void checkOptions(const DemoOptions& options) {
         fail("l'historique doit être compris entre 0 et 3660 jours");
     }
     int year = options.today.year();
-    if (year < 1980 || year > 2199) fail("la date du jour doit être comprise entre 1980 et 2199");
+    if (year < kFirstTodayYear || year > kLastTodayYear) {
+        fail("la date du jour doit être comprise entre " + std::to_string(kFirstTodayYear) + " et " +
+             std::to_string(kLastTodayYear));
+    }
 }
 
 void refuseExistingService(mvdb::Store& store) {

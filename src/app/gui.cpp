@@ -15,6 +15,7 @@
 #include "app/demo_data.h"
 #include "base/clock.h"
 #include "base/error.h"
+#include "mvdb/private_files.h"
 #include "qtui/main_window.h"
 #include "qtui/printers.h"
 #include "qtui/traductions.h"
@@ -40,7 +41,7 @@ std::shared_ptr<mvdb::Database> openOrCreate(const GuiOptions& o, const base::Cl
     bool fresh = !std::filesystem::exists(path);
     if (fresh && !o.db.empty())
         throw base::Error(base::codes::kStorage, "Base de données introuvable : " + path);
-    if (fresh) std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    if (fresh) mvdb::createPrivateFolders(std::filesystem::path(path).parent_path().string());
     auto db = openDatabase(path, mvdb::OpenMode::CreateIfMissing, clock);
     if (fresh) writeDemoService(*db, DemoOptions{clock.today(), 40, 60, 1});
     return db;

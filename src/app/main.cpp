@@ -13,6 +13,7 @@
 #include "base/clock.h"
 #include "base/date.h"
 #include "base/error.h"
+#include "data/purge.h"
 #include "mvdb/database.h"
 
 namespace {
@@ -28,6 +29,7 @@ struct Options {
     std::string sentence;
     std::string input;
     std::string date, tournee, out;
+    std::string from, to;
     int rights = 2;
     double zoom = 0;
 };
@@ -83,6 +85,17 @@ int runQuery(const Options& o) {
     return 0;
 }
 
+int runRestorePurged(const Options& o) {
+    base::SystemClock clock = makeClock(o);
+    auto db = app::openDatabase(o.db, mvdb::OpenMode::ExistingOnly, clock);
+    const auto day = [](const std::string& text) {
+        return text.empty() ? std::nullopt : base::Date::parse(text);
+    };
+    const data::PurgedRestore restored = data::restorePurged(*db, day(o.from), day(o.to));
+    std::cout << data::restoreSummaryText(restored) << '\n';
+    return 0;
+}
+
 // A day as "dd/mm/yyyy", for the options that name one.
 CLI::Validator dateOption() {
     return CLI::Validator(
@@ -91,6 +104,12 @@ CLI::Validator dateOption() {
                                            : "date jj/mm/aaaa attendue, « " + text + " » trouvé";
         },
         "JJ/MM/AAAA");
+}
+
+// Today's date for --today: a day of the years a service can run in. A bad one is a bad argument,
+// refused before anything opens.
+CLI::Validator todayOption() {
+    return CLI::Validator([](std::string& text) { return app::todayProblem(text); }, "JJ/MM/AAAA");
 }
 
 }  // namespace
@@ -102,7 +121,7 @@ int main(int argc, char** argv) {
 
     auto* demo = cli.add_subcommand("demo-data", "Écrit le service de démonstration");
     demo->add_option("--db", o.db, "Base de données")->required();
-    demo->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)");
+    demo->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)")->check(todayOption());
     demo->add_option("--aides", o.aides, "Nombre d'aidés")->check(CLI::Range(1, 99999));
     demo->add_option("--history-days", o.historyDays, "Jours d'historique")->check(CLI::Range(0, 3650));
     demo->add_option("--seed", o.seed, "Graine");
@@ -123,7 +142,7 @@ int main(int argc, char** argv) {
 
     auto* play = cli.add_subcommand("play", "Joue un scénario sur l'écran, sans fenêtre");
     play->add_option("--db", o.db, "Base de données")->required();
-    play->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)");
+    play->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)")->check(todayOption());
     play->add_option("script", o.input, "Scénario (entrée standard sans lui)");
 
     auto* print =
@@ -137,15 +156,35 @@ int main(int argc, char** argv) {
             },
             "CODE"));
     print->add_option("--out", o.out, "Fichier PDF à écrire")->required();
-    print->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)");
+    print->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)")->check(todayOption());
+
+    auto* restore = cli.add_subcommand("restore-purged",
+                                       "Remet dans SSIADTOURNEE les enregistrements archivés par la purge");
+    restore->add_option("--db", o.db, "Base de données")->required();
+    restore->add_option("--from", o.from, "Premier jour à remettre (jj/mm/aaaa)")->check(dateOption());
+    restore->add_option("--to", o.to, "Dernier jour à remettre (jj/mm/aaaa)")->check(dateOption());
 
     auto* gui = cli.add_subcommand("gui", "L'écran de planification");
     for (CLI::App* screen : {static_cast<CLI::App*>(&cli), gui}) {
         screen->add_option("--db", o.db, "Base de données");
         screen->add_option("--rights", o.rights, "Niveau de droits");
-        screen->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)");
+        screen->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)")->check(todayOption());
         screen->add_option("--zoom", o.zoom, "Zoom de l'écran, 1 pour 100 %")->check(CLI::Range(0.5, 4.0));
     }
+
+    const auto runCommand = [&]() {
+        if (*demo) return runDemoData(o);
+        if (*load) return runLoad(o);
+        if (*dump) return runDump(o);
+        if (*query) return runQuery(o);
+        if (*play) return runPlayCommand(o, argc, argv);
+        if (*restore) return runRestorePurged(o);
+        if (*print) {
+            app::runPrint(app::PrintOptions{o.db, o.date, o.tournee, o.out, o.today}, argc, argv);
+            return 0;
+        }
+        return app::runGui(app::GuiOptions{o.db, o.today, o.rights, o.zoom}, argc, argv);
+    };
 
     try {
         cli.parse(argc, argv);
@@ -154,16 +193,9 @@ int main(int argc, char** argv) {
         return code == 0 ? 0 : 2;
     }
     try {
-        if (*demo) return runDemoData(o);
-        if (*load) return runLoad(o);
-        if (*dump) return runDump(o);
-        if (*query) return runQuery(o);
-        if (*play) return runPlayCommand(o, argc, argv);
-        if (*print) {
-            app::runPrint(app::PrintOptions{o.db, o.date, o.tournee, o.out, o.today}, argc, argv);
-            return 0;
-        }
-        return app::runGui(app::GuiOptions{o.db, o.today, o.rights, o.zoom}, argc, argv);
+        const int code = runCommand();
+        app::checkWritten(std::cout, "la sortie standard");
+        return code;
     } catch (const base::Error& e) {
         std::cerr << "zandorel : " << e.what() << '\n';
         return 1;

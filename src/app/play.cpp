@@ -107,7 +107,8 @@ public:
           m_out(out),
           m_err(err),
           m_printers(std::make_shared<ScriptPrinters>(options.pdfPrinter)) {
-        if (!options.today.empty()) m_today = parseTodayOption(options.today);
+        // runPlay has refused a bad date already.
+        if (!options.today.empty()) m_today = base::Date::parse(options.today);
         registerVerbs();
     }
 
@@ -179,6 +180,16 @@ private:
         return *m_clock;
     }
 
+    // Each dump reaches the output before the next line plays: a second runner may be waiting for it,
+    // and an output that cannot be written ends the script, since what it records would be lost.
+    void checkOutput() {
+        try {
+            checkWritten(m_out, "la sortie");
+        } catch (const base::Error& e) {
+            throw Fatal(e.what());
+        }
+    }
+
     // A control of the screen by name, or an array element as Name(3).
     toolkit::Control& find(const std::string& ref) { return find(ctl().UserControl, ref); }
 
@@ -200,9 +211,9 @@ private:
         m_verbs["today"] = [this](const auto& w) {
             arity(w, 1, 1);
             if (m_ctl) throw ScriptError("today se donne avant init");
-            std::optional<base::Date> d = base::Date::parse(w[1]);
-            if (!d) throw ScriptError("date incorrecte « " + w[1] + " »");
-            m_today = *d;
+            const std::string problem = todayProblem(w[1]);
+            if (!problem.empty()) throw ScriptError(problem);
+            m_today = *base::Date::parse(w[1]);
         };
         m_verbs["rights"] = [this](const auto& w) {
             arity(w, 1, 1);
@@ -283,10 +294,12 @@ private:
             arity(w, 0, 0);
             m_out << dumpState(ctl(), m_host.takeShown(), m_errors) << '\n';
             m_errors.clear();
+            checkOutput();
         };
         m_verbs["db"] = [this](const auto& w) {
             arity(w, 1, 1);
             dumpRecords(database(), w[1], m_out);
+            checkOutput();
         };
     }
 
@@ -424,6 +437,13 @@ private:
 }  // namespace
 
 int runPlay(const PlayOptions& options, std::istream& script, std::ostream& out, std::ostream& err) {
+    if (!options.today.empty()) {
+        const std::string problem = todayProblem(options.today);
+        if (!problem.empty()) {
+            err << "zandorel play : --today : " << problem << '\n';
+            return 2;
+        }
+    }
     try {
         Runner runner(options, out, err);
         return runner.run(script);

@@ -1,12 +1,16 @@
 #include "app/print_command.h"
 
 #include <QGuiApplication>
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 #include "app/commands.h"
 #include "base/clock.h"
 #include "base/error.h"
 #include "data/gateway.h"
+#include "mvdb/private_files.h"
 #include "qtui/printers.h"
 #include "shell/ctr_zandorel.h"
 #include "toolkit/headless_host.h"
@@ -20,21 +24,65 @@ void echecSiMessage(toolkit::HeadlessHost& host) {
     if (!boites.empty()) throw base::Error(base::codes::kBadData, boites.front().text);
 }
 
-}  // namespace
-
-PlayPdfFiles::PlayPdfFiles(int& argc, char** argv) : m_argc(argc), m_argv(argv) {}
-
-PlayPdfFiles::~PlayPdfFiles() = default;
-
-std::unique_ptr<toolkit::Printer> PlayPdfFiles::make(const std::string& device, const std::string& path) {
-    if (!m_application && !QGuiApplication::instance()) {
-        setenv("QT_QPA_PLATFORM", "offscreen", 0);
-        m_application = std::make_unique<QGuiApplication>(m_argc, m_argv);
+// The PDF file of a print: made for its owner only when absent, and checked once written, since the
+// PDF writer says nothing when a write fails. A file this command made is removed if the print fails.
+class SortiePdf {
+public:
+    explicit SortiePdf(const std::string& path) : m_path(path) {
+        std::error_code ignored;
+        m_cree = !std::filesystem::exists(path, ignored);
+        if (!m_cree && !std::filesystem::is_regular_file(path, ignored)) {
+            throw base::Error(base::codes::kStorage, "Écriture impossible du fichier " + path +
+                                                         " : ce n'est pas un fichier ordinaire");
+        }
+        if (m_cree) mvdb::createPrivateFile(path);
+        // Opened for appending, which changes nothing, to learn before printing that it cannot be kept.
+        if (!std::ofstream(path, std::ios::binary | std::ios::app)) {
+            abandonner();
+            throw base::Error(base::codes::kStorage, "Écriture impossible du fichier " + path);
+        }
     }
-    return std::make_unique<qtui::PdfPrinter>(device, path);
-}
+    ~SortiePdf() {
+        if (!m_garde) abandonner();
+    }
+    SortiePdf(const SortiePdf&) = delete;
+    SortiePdf& operator=(const SortiePdf&) = delete;
 
-void runPrint(const PrintOptions& o, int argc, char** argv) {
+    // Fails when the file is not a whole PDF: a full disk cuts it short.
+    void verifier() {
+        if (!complet()) {
+            throw base::Error(base::codes::kStorage,
+                              "Écriture impossible du fichier " + m_path + " : le PDF est incomplet");
+        }
+        m_garde = true;
+    }
+
+private:
+    // Begins with the PDF header and ends with its end mark, blanks after it aside.
+    bool complet() const {
+        std::ifstream in(m_path, std::ios::binary);
+        std::string debut(5, '\0');
+        if (!in.read(debut.data(), 5) || debut != "%PDF-") return false;
+        in.seekg(0, std::ios::end);
+        const std::streamoff taille = in.tellg();
+        const std::streamoff queue = std::min<std::streamoff>(taille, 64);
+        std::string fin(static_cast<std::size_t>(queue), '\0');
+        in.seekg(taille - queue);
+        if (!in.read(fin.data(), queue)) return false;
+        const std::size_t dernier = fin.find_last_not_of(" \r\n");
+        return dernier != std::string::npos && dernier >= 4 && fin.compare(dernier - 4, 5, "%%EOF") == 0;
+    }
+
+    void abandonner() {
+        std::error_code ignored;
+        if (m_cree) std::filesystem::remove(m_path, ignored);
+    }
+    std::string m_path;
+    bool m_cree = false;
+    bool m_garde = false;
+};
+
+void imprimer(const PrintOptions& o, int argc, char** argv) {
     // A command without a window: fonts and the PDF writer need Qt, a display they do not.
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QGuiApplication application(argc, argv);
@@ -66,6 +114,26 @@ void runPrint(const PrintOptions& o, int argc, char** argv) {
     ctl.Cmd_Imprimer_Click();
     echecSiMessage(host);
     ctl.UserControl_Terminate();
+}
+
+}  // namespace
+
+PlayPdfFiles::PlayPdfFiles(int& argc, char** argv) : m_argc(argc), m_argv(argv) {}
+
+PlayPdfFiles::~PlayPdfFiles() = default;
+
+std::unique_ptr<toolkit::Printer> PlayPdfFiles::make(const std::string& device, const std::string& path) {
+    if (!m_application && !QGuiApplication::instance()) {
+        setenv("QT_QPA_PLATFORM", "offscreen", 0);
+        m_application = std::make_unique<QGuiApplication>(m_argc, m_argv);
+    }
+    return std::make_unique<qtui::PdfPrinter>(device, path);
+}
+
+void runPrint(const PrintOptions& o, int argc, char** argv) {
+    SortiePdf sortie(o.out);
+    imprimer(o, argc, argv);
+    sortie.verifier();
 }
 
 }  // namespace app

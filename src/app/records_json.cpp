@@ -1,7 +1,7 @@
 #include "app/records_json.h"
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <vector>
 
 #include "base/error.h"
 #include "mvdb/dictionary.h"
@@ -13,14 +13,14 @@ namespace {
 // Field order as written: file, key, attrs.
 using json = nlohmann::ordered_json;
 
-json valueToJson(const mvdb::DynamicRecord& r, std::int64_t a, std::int64_t v) {
-    std::string_view value = r.view(a, v);
-    auto subValues = std::count(value.begin(), value.end(), mvdb::kSubValueMark) + 1;
-    if (subValues == 1) return std::string(value);
-    json subs = json::array();
-    for (std::int64_t s = 1; s <= subValues; ++s)
-        subs.push_back(r(a, v, s));
-    return subs;
+// A value as written: a string, or the list of its sub-values when it has several.
+json valueToJson(std::string_view value, std::vector<std::string_view>& subs) {
+    mvdb::splitPieces(value, mvdb::kSubValueMark, subs);
+    if (subs.size() == 1) return std::string(value);
+    json list = json::array();
+    for (std::string_view sub : subs)
+        list.push_back(std::string(sub));
+    return list;
 }
 
 [[noreturn]] void bad(const std::string& what) {
@@ -47,20 +47,24 @@ std::string valueFromJson(const json& j) {
 
 }  // namespace
 
+// Every attribute, value and sub-value is cut once, left to right: a list of 80,000 values costs as
+// much as 80,000 attributes, not the square.
 std::string recordToJson(const RecordLine& record) {
-    mvdb::DynamicRecord r(record.text);
     json attrs = json::array();
-    for (std::int64_t a = 1; a <= r.DCount(); ++a) {
-        std::int64_t values = r.DCount(a);
-        json first = valueToJson(r, a, 1);
-        if (values <= 1 && first.is_string()) {
-            attrs.push_back(first);
+    std::vector<std::string_view> attributes, values, subs;
+    if (!record.text.empty()) mvdb::splitPieces(record.text, mvdb::kAttributeMark, attributes);
+    for (std::string_view attribute : attributes) {
+        mvdb::splitPieces(attribute, mvdb::kValueMark, values);
+        json first = valueToJson(values.front(), subs);
+        if (values.size() == 1 && first.is_string()) {
+            attrs.push_back(std::move(first));
             continue;
         }
         json list = json::array();
-        for (std::int64_t v = 1; v <= values; ++v)
-            list.push_back(valueToJson(r, a, v));
-        attrs.push_back(list);
+        list.push_back(std::move(first));
+        for (std::size_t v = 1; v < values.size(); ++v)
+            list.push_back(valueToJson(values[v], subs));
+        attrs.push_back(std::move(list));
     }
     json line = {{"file", record.file}, {"key", record.key}, {"attrs", attrs}};
     return line.dump(-1, ' ', false, json::error_handler_t::replace);
@@ -83,18 +87,26 @@ RecordLine recordFromJson(std::string_view line) {
     if (record.key.empty()) bad("la clé est vide");
     const json& attrs = j["attrs"];
     if (!attrs.is_array()) bad("\"attrs\" doit être une liste");
-    mvdb::DynamicRecord r;
+    // The text is joined in one pass. An empty list writes no value, so empty lists at the end add no
+    // attribute; one that comes before a written attribute is an empty attribute, as any gap is.
+    std::string whole;
+    std::size_t written = 0;  // length of `whole` up to the last attribute that holds a value
     for (std::size_t a = 0; a < attrs.size(); ++a) {
+        if (a > 0) whole += mvdb::kAttributeMark;
         const json& attr = attrs[a];
         if (!attr.is_array()) {
-            r.set(static_cast<std::int64_t>(a + 1), 1, text(attr, "un attribut"));
+            whole += text(attr, "un attribut");
+            written = whole.size();
             continue;
         }
         for (std::size_t v = 0; v < attr.size(); ++v) {
-            r.set(static_cast<std::int64_t>(a + 1), static_cast<std::int64_t>(v + 1), valueFromJson(attr[v]));
+            if (v > 0) whole += mvdb::kValueMark;
+            whole += valueFromJson(attr[v]);
         }
+        if (!attr.empty()) written = whole.size();
     }
-    record.text = r.text();
+    whole.resize(written);
+    record.text = std::move(whole);
     return record;
 }
 

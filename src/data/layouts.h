@@ -16,6 +16,9 @@ inline constexpr std::string_view kSSIADPROTOCOLE = "SSIADPROTOCOLE";
 inline constexpr std::string_view kSSIADSOINS = "SSIADSOINS";
 inline constexpr std::string_view kSSIADTOURNEE = "SSIADTOURNEE";
 inline constexpr std::string_view kTPSTEMPO = "TPSTEMPO";
+// Where the purge moves the tournées it removes, same key and same attributes, so that a purge run
+// with a wrong date can be undone.
+inline constexpr std::string_view kSSIADTOURNEE_APURE = "SSIADTOURNEE_APURE";
 
 // Civil state of an aidé; key: CodeAide, five digits.
 namespace civilaide {

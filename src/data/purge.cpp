@@ -1,6 +1,7 @@
 #include "data/purge.h"
 
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "base/text.h"
@@ -27,6 +28,12 @@ bool aSupprimer(const std::string& e, const std::string& debut1, const std::stri
 
 std::string interne(const base::Date& date) {
     return base::zeroPad(date.internalDay(), 5);
+}
+
+// The day that decides a record's fate, kept as text: the first five of the key's last nine characters,
+// the start's four following it.
+std::string jourDeCle(const std::string& cle) {
+    return base::Left(base::Right(cle, 9), 5);
 }
 
 // The last record of the selection in its order (by day, then key), found while the records come in
@@ -89,29 +96,82 @@ void ApurerFichierSSIADTOURNEE(FichiersSSIAD& fichiers, const base::Date& today,
     const std::string debut2 = interne(f.DebutFenetre2), fin2 = interne(f.FinFenetre2);
     mvdb::Database& db = *fichiers.TheDatabase;
 
+    // The archive is made first, on its own: a file made inside a transaction that then fails would
+    // be undone in the database but not in what the store knows of its files.
+    mvdb::Store& store = db.store();
+    const std::string archive(kSSIADTOURNEE_APURE);
+    if (!store.hasFile(archive)) store.createFile(archive);
+    // One transaction from the selection on: what is archived is exactly what is removed, whatever
+    // another planner commits meanwhile, and either the purge is done or nothing is.
+    mvdb::Transaction transaction(db);
     // The old records are taken as the selection finds them: a service holds a million, and neither
-    // the reply of their keys nor a sort of them is needed to know which go. Only the keys are kept.
+    // the reply of their keys nor a sort of them is needed to know which go. Only the records that go
+    // are kept, for the archive.
     const std::string phrase = "SELECT SSIADTOURNEE AVEC DateTournee < \"" + limite + "\" PAR DateTournee";
-    std::vector<std::string> cles;
+    std::vector<std::string> cles, textes;
     Dernier dernier;
-    mvdb::selectEach(db.store(), mvdb::parseSentence(phrase), phrase,
+    mvdb::selectEach(store, mvdb::parseSentence(phrase), phrase,
                      [&](const std::string& cle, const mvdb::DynamicRecord& enregistrement) {
                          dernier.suivre(cle, enregistrement);
-                         // The day is the first five of the key's last nine characters: the start's four
-                         // follow it.
-                         const std::string e = base::Left(base::Right(cle, 9), 5);
-                         if (aSupprimer(e, debut1, fin1, debut2, fin2, limite)) cles.push_back(cle);
+                         if (!aSupprimer(jourDeCle(cle), debut1, fin1, debut2, fin2, limite)) return;
+                         cles.push_back(cle);
+                         textes.push_back(enregistrement.text());
                      });
 
-    // One transaction: either the purge is done or nothing is. A record gone since the selection is
-    // skipped by the store, which is given every key at once to choose how to remove them.
-    mvdb::Transaction transaction(db);
-    db.store().removeBatch(std::string(kSSIADTOURNEE), cles);
+    // The archive is written once the selection is over: a store may not take writes while it streams
+    // a selection. The store is given every key at once to choose how to remove them.
+    for (std::size_t i = 0; i < cles.size(); ++i)
+        store.write(archive, cles[i], textes[i]);
+    textes = std::vector<std::string>();
+    store.removeBatch(std::string(kSSIADTOURNEE), cles);
     transaction.commit();
     // The record buffer holds the last record of the selection, as reading each in its order left it.
     dernier.ranger(fichiers);
     if (commande.attente) commande.attente();
     if (commande.sortie) commande.sortie();
+}
+
+PurgedRestore restorePurged(mvdb::Database& database, const std::optional<base::Date>& from,
+                            const std::optional<base::Date>& to) {
+    const std::string archive(kSSIADTOURNEE_APURE), tournees(kSSIADTOURNEE);
+    const std::string premier = from ? interne(*from) : std::string();
+    const std::string dernier = to ? interne(*to) : std::string();
+    mvdb::Store& store = database.store();
+    PurgedRestore restore;
+    if (!store.hasFile(archive)) return restore;
+    if (!store.hasFile(tournees)) store.createFile(tournees);
+    mvdb::Transaction transaction(database);
+    // Read first, written after: a store may not take writes while it walks a file.
+    std::vector<std::pair<std::string, std::string>> choisis;
+    store.scanAll(archive, [&](const std::string& cle, const std::string& texte) {
+        const std::string jour = jourDeCle(cle);
+        if ((from && jour < premier) || (to && jour > dernier)) return true;
+        choisis.emplace_back(cle, texte);
+        return true;
+    });
+    std::string present;
+    for (const auto& [cle, texte] : choisis) {
+        if (store.readInto(tournees, cle, present)) {
+            ++restore.keptInArchive;
+            continue;
+        }
+        store.write(tournees, cle, texte);
+        store.remove(archive, cle);
+        ++restore.restored;
+    }
+    transaction.commit();
+    return restore;
+}
+
+std::string restoreSummaryText(const PurgedRestore& restore) {
+    std::string text =
+        std::to_string(restore.restored) + " enregistrement(s) remis dans " + std::string(kSSIADTOURNEE);
+    if (restore.keptInArchive > 0) {
+        text += " ; " + std::to_string(restore.keptInArchive) + " laissé(s) dans " +
+                std::string(kSSIADTOURNEE_APURE) + " : leur clé existe de nouveau dans " +
+                std::string(kSSIADTOURNEE);
+    }
+    return text;
 }
 
 }  // namespace data

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
+#include <optional>
+#include <string>
 
 #include "base/date.h"
 #include "data/gateway.h"
@@ -30,10 +33,27 @@ struct CommandeLongue {
     std::function<void()> sortie;
 };
 
-// Deletes for good the SSIADTOURNEE records more than two months old whose day lies outside both
-// October windows. Only records before the limit are ever read. A record gone since the selection is
-// skipped. The deletes run in one transaction: either the purge is done or nothing is.
+// Removes from SSIADTOURNEE the records more than two months old whose day lies outside both October
+// windows, and moves each into SSIADTOURNEE_APURE (made, empty, at the first purge), same key and attributes,
+// replacing an archived record of that key. Only records before the limit are ever read. The selection,
+// the archive and the deletes run in one transaction: either the purge is done or nothing is.
 void ApurerFichierSSIADTOURNEE(FichiersSSIAD& fichiers, const base::Date& today,
                                const CommandeLongue& commande);
+
+// What restorePurged did.
+struct PurgedRestore {
+    std::size_t restored = 0;
+    // Left in the archive because SSIADTOURNEE holds a record of that key again: the newer one stays.
+    std::size_t keptInArchive = 0;
+};
+
+// Moves back into SSIADTOURNEE the archived records whose day (in the key, as the purge reads it) lies
+// from `from` to `to`, ends included; a missing end is open. One transaction. A database that never
+// purged anything restores nothing.
+PurgedRestore restorePurged(mvdb::Database& database, const std::optional<base::Date>& from,
+                            const std::optional<base::Date>& to);
+
+// "N enregistrement(s) remis dans SSIADTOURNEE", with the records kept in the archive when there are.
+std::string restoreSummaryText(const PurgedRestore& restore);
 
 }  // namespace data

@@ -69,6 +69,20 @@ std::string_view piece(std::string_view whole, char mark, std::int64_t index) {
     return whole.substr(start, end == std::string_view::npos ? std::string_view::npos : end - start);
 }
 
+void splitPieces(std::string_view whole, char mark, std::vector<std::string_view>& out, std::size_t most) {
+    out.clear();
+    std::size_t start = 0;
+    while (out.size() < most) {
+        const std::size_t end = whole.find(mark, start);
+        if (end == std::string_view::npos) {
+            out.push_back(whole.substr(start));
+            return;
+        }
+        out.push_back(whole.substr(start, end - start));
+        start = end + 1;
+    }
+}
+
 DynamicRecord::DynamicRecord(std::string_view wholeText) {
     setText(wholeText);
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,6 +19,12 @@ inline constexpr char kSubValueMark = '\xFC';
 // Piece `index` (from 1) of `whole` cut at `mark`, or the empty string when there is none. Walks only
 // `whole`, and stops as soon as the marks run out.
 std::string_view piece(std::string_view whole, char mark, std::int64_t index);
+
+// Every piece of `whole` cut at `mark`, from the first, into `out` (emptied first), in one pass: n marks
+// give n + 1 pieces, the empty text one empty piece. Stops after `most` pieces. For a reader of every
+// value of a long list, which piece() would walk again from the start for each.
+void splitPieces(std::string_view whole, char mark, std::vector<std::string_view>& out,
+                 std::size_t most = std::numeric_limits<std::size_t>::max());
 
 // Where a record read from or made for a file goes back to on DBWrite and DBDelete.
 class RecordSink {

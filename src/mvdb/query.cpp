@@ -208,7 +208,8 @@ Plan makePlan(Store& store, const Sentence& sentence, const std::string& text) {
         plan.repeats = r.source.kind == FieldSource::Kind::Attribute;
     }
     if (sentence.sort) {
-        plan.sortField = resolveField(sentence.sort->field, 0, dictionary, sentence.file, text);
+        plan.sortField =
+            resolveField(sentence.sort->field, sentence.sort->position, dictionary, sentence.file, text);
         plan.descending = sentence.sort->order == SortOrder::Descending;
     }
     return plan;
@@ -342,17 +343,30 @@ DynamicRecord query(Store& store, const Sentence& sentence, const std::string& s
                     const std::vector<std::int32_t>& attributes) {
     // Each record's line of the reply is made as the record is read, from its text in place, into one
     // buffer; the reply is then those lines in order, one attribute each.
+    // The record is cut once, up to the last attribute listed, however many are: finding each from
+    // the start would make a list of a thousand attributes cost a thousand walks of the record.
+    const std::size_t last =
+        attributes.empty()
+            ? 0
+            : static_cast<std::size_t>(*std::max_element(attributes.begin(), attributes.end()));
+    std::vector<std::string_view> cut;
     std::string lines;
     std::vector<std::size_t> ends;
-    const std::vector<std::size_t> order = selectOrdered(
-        store, sentence, sentenceText,
-        [&](const std::string& key, const std::string&, const RecordText& record) {
-            for (std::size_t i = 0; i < attributes.size(); ++i) {
-                if (i > 0) lines += kValueMark;
-                lines += attributes[i] == 0 ? std::string_view(key) : record.view(attributes[i], 1);
-            }
-            ends.push_back(lines.size());
-        });
+    const std::vector<std::size_t> order =
+        selectOrdered(store, sentence, sentenceText,
+                      [&](const std::string& key, const std::string& text, const RecordText&) {
+                          splitPieces(text, kAttributeMark, cut, last);
+                          for (std::size_t i = 0; i < attributes.size(); ++i) {
+                              if (i > 0) lines += kValueMark;
+                              const auto a = static_cast<std::size_t>(attributes[i]);
+                              if (a == 0) {
+                                  lines += key;
+                              } else if (a <= cut.size()) {
+                                  lines += piece(cut[a - 1], kValueMark, 1);
+                              }
+                          }
+                          ends.push_back(lines.size());
+                      });
     std::string text;
     text.reserve(lines.size() + order.size());
     for (std::size_t n = 0; n < order.size(); ++n) {

@@ -219,6 +219,7 @@ private:
             return std::nullopt;
         }
         skipBlanks();
+        sort.position = characterPosition(m_text, m_pos);
         sort.field = takeField();
         return sort;
     }

@@ -34,6 +34,7 @@ enum class SortOrder { Ascending, Descending };
 struct SortSpec {
     Field field;
     SortOrder order = SortOrder::Ascending;
+    std::size_t position = 0;  // 1-based character position of the field in the sentence
     bool operator==(const SortSpec&) const = default;
 };
 

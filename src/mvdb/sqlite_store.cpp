@@ -8,6 +8,7 @@
 
 #include "base/error.h"
 #include "mvdb/dictionary.h"
+#include "mvdb/private_files.h"
 
 namespace mvdb {
 namespace {
@@ -113,6 +114,7 @@ std::unique_ptr<SqliteStore> SqliteStore::open(const std::string& path, OpenMode
     if (!memory && !exists && mode == OpenMode::ExistingOnly) {
         throw base::Error(base::codes::kStorage, "Base de données introuvable : " + path);
     }
+    if (!memory && !exists) createPrivateFile(path);
     sqlite3* db = nullptr;
     int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
     int rc = sqlite3_open_v2(path.c_str(), &db, flags, nullptr);

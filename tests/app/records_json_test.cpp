@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <sstream>
 
 #include "app/commands.h"
@@ -61,12 +62,51 @@ TEST(RecordsJson, WritesEachShapeOfAttributeAndReadsItBack) {
          R"({"file":"F","key":"K","attrs":["a","","c"]})"},
         {"accents", "Hélène", R"({"file":"F","key":"K","attrs":["Hélène"]})"},
         {"empty record", "", R"({"file":"F","key":"K","attrs":[]})"},
+        {"empty values and sub-values", "\xFD\xFE\xFC",
+         R"({"file":"F","key":"K","attrs":[["",""],[["",""]]]})"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(app::recordToJson({"F", "K", c.text}), c.json);
         EXPECT_EQ(app::recordFromJson(c.json).text, c.text);
     }
+}
+
+// Lines that another program wrote: an empty list writes no value, so it makes an attribute only where
+// a later one holds a value.
+TEST(RecordsJson, ReadsEmptyListsAsTheGapsTheyLeave) {
+    struct Case {
+        const char* name;
+        std::string attrs;
+        std::string text;
+    } cases[] = {
+        {"only empty lists", R"([[],[]])", ""},
+        {"empty list at the end", R"(["a",[]])", "a"},
+        {"empty list before a value", R"([[],"b"])",
+         "\xFE"
+         "b"},
+        {"empty text at the end", R"(["a",""])", "a\xFE"},
+        {"one empty text", R"([""])", ""},
+        {"empty sub-value list", R"([["a",[]]])", "a\xFD"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(app::recordFromJson(R"({"file":"F","key":"K","attrs":)" + c.attrs + "}").text, c.text);
+    }
+}
+
+TEST(RecordsJson, KeepsEveryValueOfAVeryLongList) {
+    std::string text;
+    for (int v = 1; v <= 80000; ++v)
+        text += (v > 1 ? "\xFD" : "") + std::to_string(v) + (v % 1000 == 0 ? "\xFCs" : "");
+    const std::string line = app::recordToJson({"F", "K",
+                                                text + "\xFE"
+                                                       "fin"});
+    EXPECT_EQ(line.substr(0, 42), R"({"file":"F","key":"K","attrs":[["1","2","3)");
+    EXPECT_NE(line.find(R"("999",["1000","s"],"1001")"), std::string::npos);
+    EXPECT_EQ(app::recordFromJson(line).text, text +
+                                                  "\xFE"
+                                                  "fin");
 }
 
 TEST(LoadRecords, ABadLineLoadsNothingAndNamesItsNumber) {
@@ -83,6 +123,35 @@ TEST(LoadRecords, ABadLineLoadsNothingAndNamesItsNumber) {
                   "aides.jsonl, ligne 3 : un attribut doit être un texte ; rien n'a été chargé");
     }
     EXPECT_EQ(m.db->store().count("CIVILAIDE"), 0u);
+}
+
+TEST(LoadRecords, AnInputThatCannotBeReadLoadsNothing) {
+    testing_support::MemoryDatabase m;
+    std::ifstream folder(testing::TempDir(), std::ios::binary);
+    ASSERT_TRUE(folder.is_open()) << "a folder opens as a file and fails at its first read";
+    try {
+        app::loadRecords(*m.db, folder, "dossier");
+        ADD_FAILURE() << "accepted";
+    } catch (const base::Error& e) {
+        EXPECT_EQ(std::string(e.what()),
+                  "Lecture impossible de dossier : Is a directory ; rien n'a été chargé");
+    }
+}
+
+TEST(CheckWritten, AFailedWriteIsAnErrorNamingTheOutput) {
+    std::ofstream full("/dev/full");
+    ASSERT_TRUE(full.is_open());
+    full << "une ligne\n";
+    try {
+        app::checkWritten(full, "la sortie standard");
+        ADD_FAILURE() << "accepted";
+    } catch (const base::Error& e) {
+        EXPECT_EQ(std::string(e.what()),
+                  "Écriture impossible sur la sortie standard : No space left on device");
+    }
+    std::ostringstream fine;
+    fine << "une ligne\n";
+    EXPECT_NO_THROW(app::checkWritten(fine, "la sortie standard"));
 }
 
 TEST(LoadRecords, DumpThenLoadGivesTheSameDump) {
@@ -112,6 +181,19 @@ TEST(QueryRecords, WritesOneLinePerRowWithTabs) {
     app::queryRecords(*m.db, "SSIADCARACTTOURNEE", "0 1 10", "SELECT SSIADCARACTTOURNEE AVEC 1 = \"]\" PAR 1",
                       out);
     EXPECT_EQ(out.str(), "001\tMATIN\t\n002\tSOIR\t2\n");
+}
+
+TEST(QueryRecords, ListsAnyAttributesInAnyOrderAndMissingOnesEmpty) {
+    testing_support::MemoryDatabase m;
+    m.put("F", "A", {"un|uno", "deux"});
+    m.put("F", "B", {});
+    std::string list = "3 0 1 2 1";
+    for (int a = 4; a <= 1500; ++a)
+        list += " " + std::to_string(a);
+    std::ostringstream out;
+    app::queryRecords(*m.db, "F", list, "SELECT F", out);
+    const std::string emptyTail(1497, '\t');
+    EXPECT_EQ(out.str(), "\tA\tun\tdeux\tun" + emptyTail + "\n\tB\t\t\t" + emptyTail + "\n");
 }
 
 }  // namespace

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "base/error.h"
 #include "base/text.h"
 #include "support/memory_database.h"
 
@@ -146,6 +148,130 @@ TEST(Apurement, LeavesTheSameWhetherFewOrMostRecordsAreOld) {
         EXPECT_TRUE(fichiers.EnregSSIADTOURNEE.isBound());
         EXPECT_EQ(fichiers.EnregSSIADTOURNEE.text(), texteDernier.value_or("absent"));
     }
+}
+
+// Records of one tournée on given days, and what reading them back gives.
+struct Historique {
+    testing_support::MemoryDatabase m;
+
+    static std::string cle(const base::Date& jour, const std::string& debut = "0750") {
+        return "00100012" + std::to_string(jour.internalDay()) + debut;
+    }
+    void poser(const base::Date& jour, const std::string& fin) {
+        m.put("SSIADTOURNEE", cle(jour), {fin, "P|Q"});
+    }
+    std::optional<std::string> lire(std::string_view fichier, const base::Date& jour) {
+        return m.db->store().read(std::string(fichier), cle(jour));
+    }
+    std::size_t compte(std::string_view fichier) {
+        return m.db->store().hasFile(std::string(fichier)) ? m.db->store().count(std::string(fichier)) : 0;
+    }
+    void apurer() {
+        data::FichiersSSIAD fichiers;
+        fichiers.TheDatabase = m.db;
+        data::OuvrirFichiersSSIAD(fichiers);
+        data::ApurerFichierSSIADTOURNEE(fichiers, m.clock.today(), {});
+    }
+};
+
+constexpr std::string_view kTournees = "SSIADTOURNEE", kArchive = "SSIADTOURNEE_APURE";
+
+TEST(Apurement, AFailureHalfwayLeavesBothFilesAsTheyWere) {
+    struct Case {
+        const char* name;
+        int change;  // the change that fails: the archive's writes come before the deletes
+    } cases[] = {
+        {"first archive write", 1},
+        {"last archive write", 3},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Historique h;
+        for (const base::Date& jour : {d(1, 3, 2026), d(2, 3, 2026), d(3, 3, 2026), d(20, 11, 2026)})
+            h.poser(jour, "0800");
+        h.m.faults->failChange(c.change);
+        EXPECT_THROW(h.apurer(), base::Error);
+        h.m.faults->failChange(0);
+        EXPECT_EQ(h.compte(kTournees), 4u);
+        EXPECT_EQ(h.compte(kArchive), 0u);
+    }
+}
+
+// Today 22/11/2026: the limit is 22/09/2026, the older window 6 to 19/10/2025.
+TEST(Apurement, MovesEachRecordItRemovesIntoTheArchive) {
+    Historique h;
+    const base::Date parti = d(1, 3, 2026), fenetre = d(10, 10, 2025), recent = d(1, 11, 2026);
+    for (const base::Date& jour : {parti, fenetre, recent})
+        h.poser(jour, "0800");
+    h.m.put("SSIADTOURNEE_APURE", Historique::cle(parti), {"ancienne version"});
+    h.apurer();
+    EXPECT_FALSE(h.lire(kTournees, parti));
+    EXPECT_EQ(h.lire(kArchive, parti), "0800\xFEP\xFDQ") << "same attributes, the older copy replaced";
+    EXPECT_EQ(h.compte(kArchive), 1u);
+    EXPECT_EQ(h.compte(kTournees), 2u);
+}
+
+TEST(RestaurationApurees, PutsBackTheDaysOfTheRange) {
+    const std::vector<base::Date> jours = {d(1, 3, 2026), d(2, 3, 2026), d(3, 3, 2026), d(4, 3, 2026)};
+    struct Case {
+        const char* name;
+        std::optional<base::Date> du, au;
+        std::vector<bool> remis;
+    } cases[] = {
+        {"a range that holds none", d(5, 3, 2026), d(31, 12, 2026), {false, false, false, false}},
+        {"a range upside down", d(3, 3, 2026), d(2, 3, 2026), {false, false, false, false}},
+        {"everything", std::nullopt, std::nullopt, {true, true, true, true}},
+        {"from a day on", d(3, 3, 2026), std::nullopt, {false, false, true, true}},
+        {"up to a day", std::nullopt, d(2, 3, 2026), {true, true, false, false}},
+        {"one day", d(2, 3, 2026), d(2, 3, 2026), {false, true, false, false}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Historique h;
+        for (const base::Date& jour : jours)
+            h.poser(jour, "0800");
+        h.apurer();
+        ASSERT_EQ(h.compte(kTournees), 0u);
+        const data::PurgedRestore fait = data::restorePurged(*h.m.db, c.du, c.au);
+        const auto attendus = static_cast<std::size_t>(std::count(c.remis.begin(), c.remis.end(), true));
+        EXPECT_EQ(fait.restored, attendus);
+        EXPECT_EQ(fait.keptInArchive, 0u);
+        for (std::size_t i = 0; i < jours.size(); ++i) {
+            EXPECT_EQ(h.lire(kTournees, jours[i]).has_value(), c.remis[i]) << i;
+            EXPECT_EQ(h.lire(kArchive, jours[i]).has_value(), !c.remis[i]) << i;
+        }
+        if (c.remis[0]) {
+            EXPECT_EQ(h.lire(kTournees, jours[0]), "0800\xFEP\xFDQ");
+        }
+    }
+}
+
+TEST(RestaurationApurees, KeepsARecordPlannedAgainAndUndoesAFailure) {
+    Historique h;
+    const base::Date replanifie = d(1, 3, 2026), libre = d(2, 3, 2026);
+    h.poser(replanifie, "0800");
+    h.poser(libre, "0800");
+    h.apurer();
+    h.poser(replanifie, "0900");
+
+    h.m.faults->failChange(2);  // the archive's remove after the first write back
+    EXPECT_THROW(data::restorePurged(*h.m.db, std::nullopt, std::nullopt), base::Error);
+    h.m.faults->failChange(0);
+    EXPECT_EQ(h.compte(kArchive), 2u);
+    EXPECT_FALSE(h.lire(kTournees, libre));
+
+    const data::PurgedRestore fait = data::restorePurged(*h.m.db, std::nullopt, std::nullopt);
+    EXPECT_EQ(fait.restored, 1u);
+    EXPECT_EQ(fait.keptInArchive, 1u);
+    EXPECT_EQ(h.lire(kTournees, replanifie), "0900\xFEP\xFDQ") << "the newer record stays";
+    EXPECT_EQ(h.lire(kArchive, replanifie), "0800\xFEP\xFDQ");
+    EXPECT_EQ(data::restoreSummaryText(fait),
+              "1 enregistrement(s) remis dans SSIADTOURNEE ; 1 laissé(s) dans SSIADTOURNEE_APURE : leur clé "
+              "existe de nouveau dans SSIADTOURNEE");
+    EXPECT_EQ(data::restoreSummaryText({}), "0 enregistrement(s) remis dans SSIADTOURNEE");
+
+    testing_support::MemoryDatabase jamais;
+    EXPECT_EQ(data::restorePurged(*jamais.db, std::nullopt, std::nullopt).restored, 0u);
 }
 
 }  // namespace

@@ -51,6 +51,14 @@ TEST_F(QueryTest, MalformedOrUnknownSelectionsFailWithTheirMessage) {
          "Phrase incorrecte à la position 26 : le fichier SSIADTOURNEE n'a pas de champ « Jour » dans « "
          "SELECT "
          "SSIADTOURNEE AVEC Jour = \"1\" »"},
+        {"unknown sort name", "SSIADTOURNEE", "SELECT SSIADTOURNEE AVEC 1 = \"x\" PAR Nope",
+         base::codes::kSentence,
+         "Phrase incorrecte à la position 38 : le fichier SSIADTOURNEE n'a pas de champ « Nope » dans « "
+         "SELECT SSIADTOURNEE AVEC 1 = \"x\" PAR Nope »"},
+        {"unknown descending sort name", "SSIADTOURNEE", "SELECT SSIADTOURNEE PAR-DECR  Nope",
+         base::codes::kSentence,
+         "Phrase incorrecte à la position 31 : le fichier SSIADTOURNEE n'a pas de champ « Nope » dans « "
+         "SELECT SSIADTOURNEE PAR-DECR  Nope »"},
         {"sentence on another file", "SSIADACCORDS", "SELECT SSIADTOURNEE AVEC 1 = \"x\"",
          base::codes::kSentence,
          "La phrase « SELECT SSIADTOURNEE AVEC 1 = \"x\" » ne porte pas sur le fichier à lister "

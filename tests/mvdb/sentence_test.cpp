@@ -117,14 +117,14 @@ struct ParsedRow {
 
 TEST(ParseSentence, ParsesTheSentencesOfTheScreens) {
     using enum CompareOp;
-    const SortSpec byDate{named("DateTournee"), SortOrder::Ascending};
+    const SortSpec byDate{named("DateTournee"), SortOrder::Ascending, 52};
     const std::vector<ParsedRow> rows = {
         {"no condition", "SELECT TPSTEMPO", {"TPSTEMPO", {}, std::nullopt}},
         {"prefix alone matches all",
          "SELECT SSIADCARACTTOURNEE AVEC 1 = \"]\" AND AVEC 9 <> \"1\" PAR 1",
          {"SSIADCARACTTOURNEE",
           {when(attr(1), Equal, "", 32, true), when(attr(9), NotEqual, "1", 49)},
-          SortSpec{attr(1), SortOrder::Ascending}}},
+          SortSpec{attr(1), SortOrder::Ascending, 62}}},
         {"sort by name",
          "SELECT SSIADTOURNEE AVEC DateTournee < \"21450\" PAR DateTournee",
          {"SSIADTOURNEE", {when(named("DateTournee"), Less, "21450", 26)}, byDate}},
@@ -144,7 +144,7 @@ TEST(ParseSentence, ParsesTheSentencesOfTheScreens) {
          {"SSIADTOURNEE",
           {when(named("CodeTournee"), Equal, "001", 26),
            when(named("DateTournee"), LessOrEqual, "21511", 55)},
-          SortSpec{named("DateTournee"), SortOrder::Descending}}},
+          SortSpec{named("DateTournee"), SortOrder::Descending, 87}}},
         {"operator glued to field and value",
          "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\" AND AVEC 2=\"000120000100000000100850\" AND AVEC "
          "CodeTournee <> \"002\" PAR CodeTournee",
@@ -152,7 +152,7 @@ TEST(ParseSentence, ParsesTheSentencesOfTheScreens) {
           {when(named("DateTournee"), Equal, "21511", 26),
            when(attr(2), Equal, "000120000100000000100850", 57),
            when(named("CodeTournee"), NotEqual, "002", 95)},
-          SortSpec{named("CodeTournee"), SortOrder::Ascending}}},
+          SortSpec{named("CodeTournee"), SortOrder::Ascending, 120}}},
         {"prefix and glued operators",
          "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\" AND AVEC 2 =\"000120000100000]\" AND AVEC "
          "CodeTournee "
@@ -172,7 +172,7 @@ TEST(ParseSentence, ParsesTheSentencesOfTheScreens) {
          "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\"AND AVEC CodeTournee = \"001\" PAR HeureDebut",
          {"SSIADTOURNEE",
           {when(named("DateTournee"), Equal, "21511", 26), when(named("CodeTournee"), Equal, "001", 56)},
-          SortSpec{named("HeureDebut"), SortOrder::Ascending}}},
+          SortSpec{named("HeureDebut"), SortOrder::Ascending, 80}}},
         {"names and numbers mixed",
          "SELECT SSIADACCORDS AVEC CodeAide =\"00012\" AND AVEC 1 <= \"21511\" AND AVEC 2 >= \"21511\"",
          {"SSIADACCORDS",
@@ -183,10 +183,10 @@ TEST(ParseSentence, ParsesTheSentencesOfTheScreens) {
          "SELECT SSIADACCORDS AVEC 1 <= \"21511\" AND AVEC 2 >= \"21511\" PAR CodeAide",
          {"SSIADACCORDS",
           {when(attr(1), LessOrEqual, "21511", 26), when(attr(2), GreaterOrEqual, "21511", 48)},
-          SortSpec{named("CodeAide"), SortOrder::Ascending}}},
+          SortSpec{named("CodeAide"), SortOrder::Ascending, 65}}},
         {"keywords in lower case",
          "select ssiadtournee avec 1 = \"x\" par-decr 1",
-         {"ssiadtournee", {when(attr(1), Equal, "x", 26)}, SortSpec{attr(1), SortOrder::Descending}}},
+         {"ssiadtournee", {when(attr(1), Equal, "x", 26)}, SortSpec{attr(1), SortOrder::Descending, 43}}},
         {"tabs and leading blanks",
          "\t SELECT\tF\tAVEC\t0\t=\t\"k\"\t",
          {"F", {when(attr(0), Equal, "k", 17)}, {}}},
@@ -196,11 +196,13 @@ TEST(ParseSentence, ParsesTheSentencesOfTheScreens) {
          {"F", {when(named("Nom"), Equal, "O\"BRIEN", 15, true)}, {}}},
         {"PAR followed by letters is part of the value",
          "SELECT F AVEC 1 = \"X\"PARIS\" PAR 1",
-         {"F", {when(attr(1), Equal, "X\"PARIS", 15)}, SortSpec{attr(1), SortOrder::Ascending}}},
+         {"F", {when(attr(1), Equal, "X\"PARIS", 15)}, SortSpec{attr(1), SortOrder::Ascending, 33}}},
         {"PAR-DECR glued to the quote",
          "SELECT F AVEC 1 <> \"a\"par-decr Nom",
-         {"F", {when(attr(1), NotEqual, "a", 15)}, SortSpec{named("Nom"), SortOrder::Descending}}},
-        {"largest attribute number", "SELECT F PAR 2147483647", {"F", {}, SortSpec{attr(2147483647), {}}}},
+         {"F", {when(attr(1), NotEqual, "a", 15)}, SortSpec{named("Nom"), SortOrder::Descending, 32}}},
+        {"largest attribute number",
+         "SELECT F PAR 2147483647",
+         {"F", {}, SortSpec{attr(2147483647), {}, 14}}},
         {"position after a two-byte character",
          "SELECT F AVEC 1 = \"é\" AND AVEC 2 = \"x\"",
          {"F", {when(attr(1), Equal, "é", 15), when(attr(2), Equal, "x", 32)}, {}}},
