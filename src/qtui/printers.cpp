@@ -1,5 +1,6 @@
 #include "qtui/printers.h"
 
+#include <QFile>
 #include <QFont>
 #include <QFontMetricsF>
 #include <QPageSize>
@@ -135,7 +136,16 @@ PdfPrinter::~PdfPrinter() {
 
 QPagedPaintDevice* PdfPrinter::openDevice(const QPageLayout& layout) {
     if (m_path.empty()) return nullptr;
-    m_writer = std::make_unique<QPdfWriter>(QString::fromStdString(m_path));
+    // The reports name patients and their addresses: the file is its owner's alone, a file that was
+    // there before included.
+    constexpr auto kProprietaire = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    m_file = std::make_unique<QFile>(QString::fromStdString(m_path));
+    if (!m_file->open(QIODevice::WriteOnly | QIODevice::Truncate, kProprietaire) ||
+        !m_file->setPermissions(kProprietaire)) {
+        m_file.reset();
+        return nullptr;
+    }
+    m_writer = std::make_unique<QPdfWriter>(m_file.get());
     m_writer->setResolution(kResolutionPdf);
     m_writer->setCreator("Zandorel");
     m_writer->setTitle("Tournées");
@@ -145,6 +155,7 @@ QPagedPaintDevice* PdfPrinter::openDevice(const QPageLayout& layout) {
 
 void PdfPrinter::closeDevice() {
     m_writer.reset();
+    m_file.reset();
 }
 
 void PrinterList::add(std::unique_ptr<PaintedPrinter> printer) {

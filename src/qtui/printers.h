@@ -8,6 +8,7 @@
 
 #include "toolkit/printer.h"
 
+class QFile;
 class QPagedPaintDevice;
 class QPrinter;
 class QPdfWriter;
@@ -64,7 +65,8 @@ private:
     std::unique_ptr<QPrinter> m_printer;
 };
 
-// A PDF file. One file whatever the copies: the user prints it as often as he likes.
+// A PDF file, readable by its owner only. One file whatever the copies: the user prints it as often as
+// he likes.
 class PdfPrinter : public PaintedPrinter {
 public:
     PdfPrinter(std::string deviceName, std::string path);
@@ -80,6 +82,7 @@ protected:
 
 private:
     std::string m_path;
+    std::unique_ptr<QFile> m_file;  // declared before the writer, which writes into it
     std::unique_ptr<QPdfWriter> m_writer;
 };
 

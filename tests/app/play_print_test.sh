@@ -45,6 +45,19 @@ expect_pdf "$work/tournee.pdf" "TOURNEE : 002 MIXTE MATIN SUD CENTRE LUNDI" "du 
 pdfinfo "$work/tournee.pdf" | grep -q "landscape\|Page size:.*842 x 595" ||
     fail "tournee.pdf: not landscape: $(pdfinfo "$work/tournee.pdf" | grep 'Page size')"
 
+# The reports name patients: their files are their owner's alone, as those of `zandorel print`, even
+# where a file was there before.
+for pdf in "$work/anomalies.pdf" "$work/tournee.pdf"; do
+    [ "$(stat -c %a "$pdf")" = 600 ] || fail "$(basename "$pdf"): mode $(stat -c %a "$pdf"), expected 600"
+done
+touch "$work/print.pdf" && chmod 644 "$work/print.pdf"
+"$zandorel" print --db "$work/d.db" --date 23/11/2026 --tournee 002 --out "$work/print.pdf" --today 23/11/2026 \
+    2>"$work/err" || fail "print: $(cat "$work/err")"
+expect_pdf "$work/print.pdf" "TOURNEE : 002 MIXTE MATIN SUD CENTRE LUNDI"
+[ "$(stat -c %a "$work/print.pdf")" = 600 ] || fail "print.pdf: mode $(stat -c %a "$work/print.pdf"), expected 600"
+cmp -s <(pdftotext -layout "$work/print.pdf" -) "$work/tournee.pdf.txt" ||
+    fail "the report printed from the screen differs from zandorel print's"
+
 # A file that cannot be written fails the line, with its path, and the script's exit code says so.
 cat >"$work/bad.play" <<PLAY
 today 23/11/2026

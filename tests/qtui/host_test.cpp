@@ -29,7 +29,10 @@ struct Vu {
 // Runs `ouvrir`, which opens a modal window, and reads that window as soon as it shows, then closes it.
 Vu lireFenetreModale(const std::function<void()>& ouvrir) {
     Vu vu;
-    QTimer::singleShot(0, [&vu] {
+    // A timer of this frame: should no window open, it goes with the frame instead of firing later.
+    QTimer minuteur;
+    minuteur.setSingleShot(true);
+    QObject::connect(&minuteur, &QTimer::timeout, [&vu] {
         QWidget* fenetre = QApplication::activeModalWidget();
         if (!fenetre) return;
         if (auto* boite = qobject_cast<QMessageBox*>(fenetre)) {
@@ -48,6 +51,7 @@ Vu lireFenetreModale(const std::function<void()>& ouvrir) {
         }
         fenetre->close();
     });
+    minuteur.start(0);
     ouvrir();
     return vu;
 }
