@@ -81,20 +81,25 @@ void BM_DumpLongValue(benchmark::State& state) {
 
 BENCHMARK(BM_QueryList)
     ->ArgName("attributes")
-    ->RangeMultiplier(2)
-    ->Range(500, 4000)
+    ->Arg(1000)
+    ->Arg(2000)
+    ->Arg(4000)
     ->Complexity()
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LoadLongValue)
     ->ArgName("values")
-    ->RangeMultiplier(2)
-    ->Range(10000, 80000)
+    ->Arg(10000)
+    ->Arg(20000)
+    ->Arg(40000)
+    ->Arg(80000)
     ->Complexity()
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DumpLongValue)
     ->ArgName("values")
-    ->RangeMultiplier(2)
-    ->Range(10000, 80000)
+    ->Arg(10000)
+    ->Arg(20000)
+    ->Arg(40000)
+    ->Arg(80000)
     ->Complexity()
     ->Unit(benchmark::kMillisecond);
 

@@ -1,5 +1,6 @@
 #include "app/commands.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <istream>
@@ -101,14 +102,14 @@ void queryRecords(mvdb::Database& database, const std::string& file, const std::
     request.set(2, file);
     request.set(3, list);
     mvdb::DynamicRecord reply = database.Query(request.text());
-    // Each row is cut once: a list of thousands of attributes makes rows of thousands of values.
-    std::vector<std::string_view> values;
+    // A row is its values with their marks: it is written whole, each mark a tab, however many
+    // attributes the list names.
+    std::string line;
     for (std::int64_t row = 1; row <= reply.DCount(); ++row) {
-        const std::string_view line = reply.view(row);
-        if (!line.empty()) mvdb::splitPieces(line, mvdb::kValueMark, values);
-        for (std::size_t v = 0; !line.empty() && v < values.size(); ++v)
-            out << (v > 0 ? "\t" : "") << values[v];
-        out << '\n';
+        line.assign(reply.view(row));
+        std::replace(line.begin(), line.end(), mvdb::kValueMark, '\t');
+        line += '\n';
+        out << line;
     }
 }
 

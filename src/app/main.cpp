@@ -1,6 +1,7 @@
 // zandorel: the planning screen of a home-nursing service, and its command-line tools.
 // Exit codes: 0 success, 1 an error of the system (message on stderr), 2 bad arguments.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -115,6 +116,8 @@ CLI::Validator todayOption() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A reader that goes away is a failed write, told like any other, not a silent death.
+    std::signal(SIGPIPE, SIG_IGN);
     CLI::App cli{"Zandorel : gestion des tournées SSIAD"};
     Options o;
     cli.require_subcommand(0, 1);

@@ -303,7 +303,9 @@ void SqliteStore::createFile(const std::string& file) {
     const FileDictionary& d = dictionaryFor(file);
     WriteScope scope(*this, false);
     createTables(file, false);
-    Statement(*this, "INSERT INTO zd_files(name, indexes) VALUES(?1, ?2)")
+    // Another program on the same database may have made it since this one read the catalog: the
+    // tables are made if missing, and the catalog keeps its row.
+    Statement(*this, "INSERT OR IGNORE INTO zd_files(name, indexes) VALUES(?1, ?2)")
         .bind(1, file)
         .bind(2, d.describeIndexes())
         .run();

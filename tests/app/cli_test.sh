@@ -107,6 +107,11 @@ checkfull() {  # name, command...: exit 1 and a message when standard output is 
     fi
 }
 checkfull "dump" "$zandorel" dump --db "$work/d.db"
+"$zandorel" dump --db "$work/d.db" 2>"$work/err" | head -c 1 >/dev/null
+code=${PIPESTATUS[0]}
+if [ "$code" -ne 1 ] || ! grep -q "Écriture impossible sur la sortie standard" "$work/err"; then
+    echo "FAIL dump to a closed pipe: exit $code"; cat "$work/err"; failures=$((failures + 1))
+fi
 checkfull "query" "$zandorel" query --db "$work/d.db" --file SSIADSOINS --list "0 1" "SELECT SSIADSOINS"
 checkfull "play dump" "$zandorel" play --db "$work/d.db" --today 23/11/2026 <(printf 'init\ndump\n')
 checkfull "play db" "$zandorel" play --db "$work/d.db" <(printf 'db SSIADSOINS\n')

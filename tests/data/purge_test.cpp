@@ -1,8 +1,11 @@
 #include "data/purge.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +13,7 @@
 
 #include "base/error.h"
 #include "base/text.h"
+#include "mvdb/sqlite_store.h"
 #include "support/memory_database.h"
 
 namespace {
@@ -272,6 +276,29 @@ TEST(RestaurationApurees, KeepsARecordPlannedAgainAndUndoesAFailure) {
 
     testing_support::MemoryDatabase jamais;
     EXPECT_EQ(data::restorePurged(*jamais.db, std::nullopt, std::nullopt).restored, 0u);
+}
+
+// Two screens opened on one database at the same time: each store read the catalog before either
+// purge made the archive.
+TEST(Apurement, TwoScreensOpenedTogetherBothPurge) {
+    const std::string chemin = testing::TempDir() + "zandorel-purge-" + std::to_string(::getpid()) + ".db";
+    const base::FixedClock horloge(*base::Date::fromDmy(22, 11, 2026), 8 * 3600);
+    auto ouvrir = [&] {
+        return std::make_shared<mvdb::Database>(
+            mvdb::SqliteStore::open(chemin, mvdb::OpenMode::CreateIfMissing), horloge);
+    };
+    std::vector<std::shared_ptr<mvdb::Database>> ecrans = {ouvrir(), ouvrir()};
+    ecrans[0]->store().write("SSIADTOURNEE", Historique::cle(d(1, 3, 2026)), "0800");
+    for (const auto& db : ecrans) {
+        data::FichiersSSIAD fichiers;
+        fichiers.TheDatabase = db;
+        data::OuvrirFichiersSSIAD(fichiers);
+        EXPECT_NO_THROW(data::ApurerFichierSSIADTOURNEE(fichiers, horloge.today(), {}));
+    }
+    EXPECT_EQ(ecrans[1]->store().count("SSIADTOURNEE_APURE"), 1u);
+    ecrans.clear();
+    for (const char* suffixe : {"", "-wal", "-shm"})
+        std::remove((chemin + suffixe).c_str());
 }
 
 }  // namespace
