@@ -122,6 +122,11 @@ bool Connection::lost() const {
     return PQstatus(m_conn) == CONNECTION_BAD;
 }
 
+bool Connection::inTransaction() const {
+    const PGTransactionStatusType status = PQtransactionStatus(m_conn);
+    return status == PQTRANS_INTRANS || status == PQTRANS_INERROR || status == PQTRANS_ACTIVE;
+}
+
 const std::string& Connection::prepare(const std::string& sql) {
     auto it = m_statements.find(sql);
     if (it != m_statements.end()) return it->second;

@@ -54,6 +54,8 @@ public:
     void quietly(const char* sql);
     // True once the server is out of reach; the transaction that was open went with it.
     bool lost() const;
+    // True while a transaction is open on the server, a failed one included.
+    bool inTransaction() const;
 
 private:
     const std::string& prepare(const std::string& sql);

@@ -60,44 +60,6 @@ IndexEntryArrays indexEntryArrays(const FileDictionary& dictionary,
     return {fields + "}", pg::byteaArray(sortKeyViews), pg::byteaArray(keys)};
 }
 
-// Makes one change atomic: inside the caller's transaction a savepoint, outside it a transaction of
-// its own. Changes to work files take no write lock: no other planner can see them.
-class PgStore::WriteScope {
-public:
-    WriteScope(PgStore& store, bool scratch) : m_store(store), m_nested(false) {
-        if (!scratch) m_store.endSnapshot();
-        m_nested = m_store.m_inTransaction || m_store.m_snapshot;
-        m_store.m_db.exec(m_nested ? "SAVEPOINT zd_write" : "BEGIN");
-        if (m_nested || scratch) return;
-        try {
-            m_store.lockForWriting();
-        } catch (...) {
-            m_store.m_db.quietly("ROLLBACK");
-            throw;
-        }
-    }
-    ~WriteScope() {
-        if (m_done) return;
-        m_store.m_db.quietly(m_nested ? "ROLLBACK TO SAVEPOINT zd_write; RELEASE SAVEPOINT zd_write"
-                                      : "ROLLBACK");
-    }
-    WriteScope(const WriteScope&) = delete;
-    WriteScope& operator=(const WriteScope&) = delete;
-    void commit() {
-        if (m_nested) {
-            m_store.m_db.exec("RELEASE SAVEPOINT zd_write");
-        } else {
-            m_store.commitOrFail();
-        }
-        m_done = true;
-    }
-
-private:
-    PgStore& m_store;
-    bool m_nested;
-    bool m_done = false;
-};
-
 std::unique_ptr<PgStore> PgStore::open(const std::string& connection, OpenMode mode,
                                        const std::string& schema) {
     std::unique_ptr<PgStore> store(new PgStore(connection));
@@ -169,180 +131,137 @@ void PgStore::configure(const std::string& schema, OpenMode mode) {
 
 void PgStore::createSchema() {
     // Under the write lock, so that two planners opening a new service at once make it once.
-    WriteScope scope(*this, false);
-    m_db.exec("CREATE SCHEMA IF NOT EXISTS " + m_schema);
-    m_db.exec("CREATE TABLE IF NOT EXISTS " + m_schema +
-              ".zd_mark(program TEXT NOT NULL, version INTEGER NOT NULL)");
-    m_db.run("INSERT INTO " + m_schema +
-                 ".zd_mark(program, version) SELECT $1::text, $2::integer WHERE NOT EXISTS "
-                 "(SELECT 1 FROM " +
-                 m_schema + ".zd_mark)",
-             {{kProgram}, Param::number(kSchemaVersion)}, "marque de la base");
-    m_db.exec("CREATE TABLE IF NOT EXISTS " + m_schema +
-              ".zd_files(name TEXT PRIMARY KEY, indexes TEXT NOT NULL)");
-    for (const std::string& file : serviceFiles()) {
-        if (dictionaryFor(file).scratch) continue;
-        createTables(file, false);
-        m_db.run("INSERT INTO " + m_schema + ".zd_files(name, indexes) VALUES($1, $2) ON CONFLICT DO NOTHING",
-                 {{file}, {dictionaryFor(file).describeIndexes()}}, "catalogue des fichiers");
-    }
-    scope.commit();
-}
-
-PgStore::FileInfo PgStore::infoFor(const std::string& file, bool scratch) const {
-    std::string schema = scratch ? "pg_temp" : m_schema;
-    return {file, schema + "." + quoteIdentifier("f_" + file),
-            scratch ? "" : schema + "." + quoteIdentifier("x_" + file), &dictionaryFor(file), scratch};
-}
-
-void PgStore::createTables(const std::string& file, bool scratch) {
-    FileInfo fi = infoFor(file, scratch);
-    m_db.exec(std::string("CREATE ") + (scratch ? "TEMP " : "") + "TABLE IF NOT EXISTS " + fi.table +
-              "(key BYTEA PRIMARY KEY, rec BYTEA NOT NULL)");
-    if (scratch) return;
-    m_db.exec("CREATE TABLE IF NOT EXISTS " + fi.indexTable +
-              "(fld INTEGER NOT NULL, k BYTEA NOT NULL, key BYTEA NOT NULL, PRIMARY KEY(fld, k, key))");
-}
-
-void PgStore::loadCatalog() {
-    m_files.clear();
-    for (const pg::Row& row :
-         m_db.run("SELECT name, indexes FROM " + m_schema + ".zd_files", {}, "catalogue")) {
-        m_files[row[0]] = infoFor(row[0], false);
-        // A newer program may index other fields: rebuild so that every sentence stays exact.
-        if (row[1] != dictionaryFor(row[0]).describeIndexes()) rebuildIndex(row[0]);
-    }
-    for (const std::string& file : serviceFiles()) {
-        if (!dictionaryFor(file).scratch) continue;
-        createTables(file, true);
-        m_files[file] = infoFor(file, true);
+    beginTransaction(true);
+    try {
+        execute("CREATE SCHEMA IF NOT EXISTS " + m_schema);
+        execute("CREATE TABLE IF NOT EXISTS " + m_schema +
+                ".zd_mark(program TEXT NOT NULL, version INTEGER NOT NULL)");
+        m_db.run("INSERT INTO " + m_schema +
+                     ".zd_mark(program, version) SELECT $1::text, $2::integer WHERE NOT EXISTS "
+                     "(SELECT 1 FROM " +
+                     m_schema + ".zd_mark)",
+                 {{kProgram}, Param::number(kSchemaVersion)}, "marque de la base");
+        execute("CREATE TABLE IF NOT EXISTS " + m_schema +
+                ".zd_files(name TEXT PRIMARY KEY, indexes TEXT NOT NULL)");
+        createServiceFiles();
+        commitTransaction();
+    } catch (...) {
+        quietly("ROLLBACK");
+        throw;
     }
 }
 
-void PgStore::rebuildIndex(const std::string& file) {
-    const FileInfo& fi = m_files.at(file);
-    WriteScope scope(*this, false);
-    m_db.exec("DELETE FROM " + fi.indexTable);
-    std::vector<std::pair<std::string, std::string>> all;
-    scanAll(file, [&](const std::string& key, const std::string& text) {
-        all.emplace_back(key, text);
-        return true;
-    });
-    for (const auto& [key, text] : all)
-        updateIndexEntries(fi, key, nullptr, &text);
-    m_db.run("UPDATE " + m_schema + ".zd_files SET indexes = $2 WHERE name = $1",
-             {{file}, {fi.dictionary->describeIndexes()}}, "catalogue des fichiers");
-    scope.commit();
+std::string PgStore::qualifiedTable(const std::string& table, bool scratch) const {
+    return (scratch ? std::string("pg_temp") : m_schema) + "." + quoteIdentifier(table);
 }
 
-bool PgStore::isIndexed(const FileInfo& fi) {
-    return !fi.indexTable.empty() && !fi.dictionary->indexed.empty();
+void PgStore::createTables(const FileInfo& fi) {
+    execute(statementSql(StoreStatement::CreateTable, fi));
+    if (fi.indexTable.empty()) return;
+    execute("CREATE TABLE IF NOT EXISTS " + fi.indexTable +
+            "(fld INTEGER NOT NULL, k BYTEA NOT NULL, key BYTEA NOT NULL, PRIMARY KEY(fld, k, key))");
 }
 
-const PgStore::FileInfo& PgStore::info(const std::string& file) {
-    auto it = m_files.find(file);
-    if (it == m_files.end()) throw base::Error(base::codes::kUnknownFile, "Fichier inconnu : " + file);
-    return it->second;
+std::vector<std::pair<std::string, std::string>> PgStore::readCatalog() {
+    std::vector<std::pair<std::string, std::string>> catalog;
+    for (pg::Row& row :
+         m_db.run("SELECT name, indexes FROM " + m_schema + ".zd_files ORDER BY name", {}, "catalogue"))
+        catalog.emplace_back(std::move(row[0]), std::move(row[1]));
+    return catalog;
 }
 
-void PgStore::lockForWriting() {
-    m_db.run("SELECT pg_advisory_xact_lock($1)", {Param::number(m_lockKey)}, "attente des autres postes");
-}
-
-void PgStore::commitOrFail() {
-    // The server answers a COMMIT of a transaction that failed earlier with a ROLLBACK.
-    if (m_db.exec("COMMIT") != "COMMIT") {
-        throw base::Error(
-            base::codes::kStorage,
-            "Erreur de la base " + m_db.name() + " : la transaction avait échoué, rien n'a été enregistré");
-    }
-}
-
-std::vector<std::string> PgStore::fileNames() {
-    std::vector<std::string> names;
-    for (const auto& [name, fi] : m_files)
-        names.push_back(name);
-    return names;
-}
-
-bool PgStore::hasFile(const std::string& file) {
-    return m_files.count(file) != 0;
-}
-
-void PgStore::createFile(const std::string& file) {
-    if (hasFile(file)) return;
-    checkNewFileName(file);
-    if (file.size() > kMaxFileName) {
-        throw base::Error(base::codes::kUnknownFile, "Nom de fichier trop long : « " + file + " » (" +
-                                                         std::to_string(kMaxFileName) +
-                                                         " caractères au plus)");
-    }
-    WriteScope scope(*this, false);
-    createTables(file, false);
-    // Another planner may have made the same file a moment ago: the catalog keeps the first.
+void PgStore::addToCatalog(const std::string& file, const std::string& indexes) {
     m_db.run("INSERT INTO " + m_schema + ".zd_files(name, indexes) VALUES($1, $2) ON CONFLICT DO NOTHING",
-             {{file}, {dictionaryFor(file).describeIndexes()}}, "création du fichier " + file);
-    scope.commit();
-    m_files[file] = infoFor(file, false);
+             {{file}, {indexes}}, "catalogue des fichiers");
 }
 
-std::optional<std::string> PgStore::read(const std::string& file, const std::string& key) {
-    const FileInfo& fi = info(file);
-    std::vector<pg::Row> rows = m_db.run("SELECT rec FROM " + fi.table + " WHERE key = $1", {{key}},
-                                         "lecture de " + file + ", clé « " + key + " »");
-    if (rows.empty()) return std::nullopt;
-    return std::move(rows[0][0]);
+void PgStore::setCatalogIndexes(const std::string& file, const std::string& indexes) {
+    m_db.run("UPDATE " + m_schema + ".zd_files SET indexes = $2 WHERE name = $1", {{file}, {indexes}},
+             "catalogue des fichiers");
 }
 
-void PgStore::updateIndexEntries(const FileInfo& fi, const std::string& key, const std::string* oldText,
-                                 const std::string* newText) {
-    // Only the entries that change are touched.
-    const auto [gone, added] = indexChanges(*fi.dictionary, key, oldText, newText);
-    std::string what = "index de " + fi.name + ", clé « " + key + " »";
-    for (const IndexEntry& e : gone) {
-        m_db.run("DELETE FROM " + fi.indexTable + " WHERE fld = $1 AND k = $2 AND key = $3",
-                 {Param::number(e.field), {e.sortKey}, {key}}, what);
-    }
-    for (const IndexEntry& e : added) {
-        m_db.run("INSERT INTO " + fi.indexTable + "(fld, k, key) VALUES($1, $2, $3) ON CONFLICT DO NOTHING",
-                 {Param::number(e.field), {e.sortKey}, {key}}, what);
-    }
+void PgStore::checkFileName(const std::string& file) const {
+    if (file.size() <= kMaxFileName) return;
+    throw base::Error(base::codes::kUnknownFile, "Nom de fichier trop long : « " + file + " » (" +
+                                                     std::to_string(kMaxFileName) + " caractères au plus)");
 }
 
-void PgStore::write(const std::string& file, const std::string& key, const std::string& text) {
-    const FileInfo& fi = info(file);
-    checkKey(file, key);
-    WriteScope scope(*this, fi.scratch);
-    if (isIndexed(fi)) {
-        std::optional<std::string> old = read(file, key);
-        updateIndexEntries(fi, key, old ? &*old : nullptr, &text);
-    }
-    m_db.run("INSERT INTO " + fi.table +
-                 "(key, rec) VALUES($1, $2) ON CONFLICT(key) DO UPDATE SET rec = excluded.rec",
-             {{key}, {text}}, "écriture dans " + file + ", clé « " + key + " »");
-    scope.commit();
+std::string PgStore::statementText(StoreStatement statement, const std::string& file,
+                                   const std::optional<KeyRange>& range) {
+    const FileInfo& fi = statement == StoreStatement::ScanRange ? indexedInfo(file) : info(file);
+    return statementSql(statement, fi, range ? &*range : nullptr);
 }
 
-void PgStore::remove(const std::string& file, const std::string& key) {
-    const FileInfo& fi = info(file);
-    WriteScope scope(*this, fi.scratch);
-    if (isIndexed(fi)) {
-        std::optional<std::string> old = read(file, key);
-        if (!old) {
-            scope.commit();
-            return;
+std::string PgStore::statementSql(StoreStatement statement, const FileInfo& fi, const KeyRange* range) const {
+    switch (statement) {
+        case StoreStatement::Read:
+            return "SELECT rec FROM " + fi.table + " WHERE key = $1";
+        case StoreStatement::Write:
+            return "INSERT INTO " + fi.table +
+                   "(key, rec) VALUES($1, $2) ON CONFLICT(key) DO UPDATE SET rec = excluded.rec";
+        case StoreStatement::Remove:
+            return "DELETE FROM " + fi.table + " WHERE key = $1";
+        case StoreStatement::ScanAll:
+            return "SELECT key, rec FROM " + fi.table + " ORDER BY key";
+        case StoreStatement::ScanRange: {
+            const KeyRange r = range ? *range : KeyRange{};
+            std::string sql = "SELECT m.key, m.rec FROM " + fi.indexTable + " AS x JOIN " + fi.table +
+                              " AS m ON m.key = x.key WHERE x.fld = $1 AND x.k " +
+                              (r.lowInclusive ? ">=" : ">") + " $2";
+            if (!r.high.empty()) sql += std::string(" AND x.k ") + (r.highInclusive ? "<=" : "<") + " $3";
+            return sql;
         }
-        updateIndexEntries(fi, key, &*old, nullptr);
+        case StoreStatement::CreateTable:
+            return std::string("CREATE ") + (fi.scratch ? "TEMP " : "") + "TABLE IF NOT EXISTS " + fi.table +
+                   "(key BYTEA PRIMARY KEY, rec BYTEA NOT NULL)";
     }
-    m_db.run("DELETE FROM " + fi.table + " WHERE key = $1", {{key}},
-             "suppression dans " + file + ", clé « " + key + " »");
-    scope.commit();
+    return {};
+}
+
+bool PgStore::readRecord(const FileInfo& fi, const std::string& key, std::string& text) {
+    std::vector<pg::Row> rows = m_db.run(statementSql(StoreStatement::Read, fi), {{key}},
+                                         "lecture de " + fi.name + ", clé « " + key + " »");
+    if (rows.empty()) return false;
+    text = std::move(rows[0][0]);
+    return true;
+}
+
+void PgStore::putRecord(const FileInfo& fi, const std::string& key, const std::string& text) {
+    m_db.run(statementSql(StoreStatement::Write, fi), {{key}, {text}},
+             "écriture dans " + fi.name + ", clé « " + key + " »");
+}
+
+void PgStore::deleteRecord(const FileInfo& fi, const std::string& key) {
+    m_db.run(statementSql(StoreStatement::Remove, fi), {{key}},
+             "suppression dans " + fi.name + ", clé « " + key + " »");
+}
+
+void PgStore::deleteIndexEntries(const FileInfo& fi, const std::string& key,
+                                 const std::vector<IndexEntry>& entries) {
+    for (const IndexEntry& e : entries) {
+        m_db.run("DELETE FROM " + fi.indexTable + " WHERE fld = $1 AND k = $2 AND key = $3",
+                 {Param::number(e.field), {e.sortKey}, {key}},
+                 "index de " + fi.name + ", clé « " + key + " »");
+    }
+}
+
+void PgStore::insertIndexEntries(const FileInfo& fi, const std::string& key,
+                                 const std::vector<IndexEntry>& entries) {
+    for (const IndexEntry& e : entries) {
+        m_db.run("INSERT INTO " + fi.indexTable + "(fld, k, key) VALUES($1, $2, $3) ON CONFLICT DO NOTHING",
+                 {Param::number(e.field), {e.sortKey}, {key}},
+                 "index de " + fi.name + ", clé « " + key + " »");
+    }
+}
+
+void PgStore::clearIndex(const FileInfo& fi) {
+    execute("DELETE FROM " + fi.indexTable);
 }
 
 void PgStore::removeBatch(const std::string& file, const std::vector<std::string>& keys) {
     const FileInfo& fi = info(file);
     if (keys.empty()) return;
-    WriteScope scope(*this, fi.scratch);
+    WriteScope scope(*this, fi);
     // Keys go to the server by thousands in one array: two statements for each thousand records, where
     // one remove after another would wait on the server several times for each.
     constexpr std::size_t kParEnvoi = 5000;
@@ -370,16 +289,7 @@ void PgStore::removeBatch(const std::string& file, const std::vector<std::string
 }
 
 void PgStore::scanAll(const std::string& file, const RecordVisitor& visit) {
-    m_db.stream("SELECT key, rec FROM " + info(file).table + " ORDER BY key", {}, records(visit),
-                "lecture de " + file);
-}
-
-std::string PgStore::rangeSql(const FileInfo& fi, const KeyRange& range) const {
-    std::string sql = "SELECT m.key, m.rec FROM " + fi.indexTable + " AS x JOIN " + fi.table +
-                      " AS m ON m.key = x.key WHERE x.fld = $1 AND x.k " + (range.lowInclusive ? ">=" : ">") +
-                      " $2";
-    if (!range.high.empty()) sql += std::string(" AND x.k ") + (range.highInclusive ? "<=" : "<") + " $3";
-    return sql;
+    m_db.stream(statementText(StoreStatement::ScanAll, file), {}, records(visit), "lecture de " + file);
 }
 
 std::vector<Param> PgStore::rangeParams(const KeyRange& range) {
@@ -389,10 +299,8 @@ std::vector<Param> PgStore::rangeParams(const KeyRange& range) {
 }
 
 void PgStore::scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) {
-    const FileInfo& fi = info(file);
-    if (fi.indexTable.empty())
-        throw base::Error(base::codes::kStorage, "Le fichier " + file + " n'a pas d'index");
-    m_db.stream(rangeSql(fi, range), rangeParams(range), records(visit), "recherche dans " + file);
+    m_db.stream(statementText(StoreStatement::ScanRange, file, range), rangeParams(range), records(visit),
+                "recherche dans " + file);
 }
 
 std::size_t PgStore::count(const std::string& file) {
@@ -402,11 +310,8 @@ std::size_t PgStore::count(const std::string& file) {
 }
 
 std::vector<std::string> PgStore::explainScan(const std::string& file, const std::optional<KeyRange>& range) {
-    const FileInfo& fi = info(file);
-    if (range && fi.indexTable.empty()) {
-        throw base::Error(base::codes::kStorage, "Le fichier " + file + " n'a pas d'index");
-    }
-    std::string sql = range ? rangeSql(fi, *range) : "SELECT key, rec FROM " + fi.table + " ORDER BY key";
+    const std::string sql =
+        statementText(range ? StoreStatement::ScanRange : StoreStatement::ScanAll, file, range);
     // On the few records of a new service the server rightly reads small tables whole; with
     // sequential scans priced out it shows the plan it takes once the files are large.
     m_db.exec("SET enable_seqscan = off");
@@ -423,47 +328,49 @@ std::vector<std::string> PgStore::explainScan(const std::string& file, const std
     return lines;
 }
 
-void PgStore::begin() {
-    if (m_inTransaction) throw base::Error(base::codes::kStorage, "Une transaction est déjà ouverte");
-    endSnapshot();
+void PgStore::execute(const std::string& sql) {
+    m_db.exec(sql);
+}
+
+void PgStore::quietly(const char* sql) {
+    m_db.quietly(sql);
+}
+
+void PgStore::beginTransaction(bool lock) {
     m_db.exec("BEGIN");
+    if (!lock) return;
     try {
-        lockForWriting();
+        m_db.run("SELECT pg_advisory_xact_lock($1)", {Param::number(m_lockKey)}, "attente des autres postes");
     } catch (...) {
         m_db.quietly("ROLLBACK");
         throw;
     }
-    m_inTransaction = true;
 }
 
-void PgStore::commit() {
-    if (!m_inTransaction) throw base::Error(base::codes::kStorage, "Aucune transaction ouverte");
-    m_inTransaction = false;
-    commitOrFail();
+void PgStore::commitTransaction() {
+    // The server answers a COMMIT of a transaction that failed earlier with a ROLLBACK.
+    if (m_db.exec("COMMIT") != "COMMIT") {
+        throw base::Error(
+            base::codes::kStorage,
+            "Erreur de la base " + m_db.name() + " : la transaction avait échoué, rien n'a été enregistré");
+    }
 }
 
-void PgStore::rollback() {
-    if (!m_inTransaction) return;
-    m_inTransaction = false;
+void PgStore::rollbackTransaction() {
     // A lost connection took its transaction with it: the server has undone it already.
     if (m_db.lost()) return;
     m_db.exec("ROLLBACK");
 }
 
-void PgStore::beginRead() {
-    if (m_readers++ > 0 || m_inTransaction) return;
-    // Repeatable read: one snapshot for every statement until the end, taken at the first.
+bool PgStore::transactionOpen() const {
+    return m_db.inTransaction();
+}
+
+void PgStore::beginSnapshot() {
     m_db.exec("BEGIN ISOLATION LEVEL REPEATABLE READ");
-    m_snapshot = true;
 }
 
-void PgStore::endRead() {
-    if (m_readers > 0 && --m_readers == 0) endSnapshot();
-}
-
-void PgStore::endSnapshot() {
-    if (!m_snapshot) return;
-    m_snapshot = false;
+void PgStore::endSnapshotTransaction() {
     // Only work files can have changed inside; they are kept. A lost connection ended it already.
     if (!m_db.lost()) m_db.exec("COMMIT");
 }

@@ -1,14 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "mvdb/indexed_store.h"
 #include "mvdb/pg_connection.h"
 #include "mvdb/sqlite_store.h"
-#include "mvdb/store.h"
 
 namespace mvdb {
 
@@ -29,7 +28,7 @@ IndexEntryArrays indexEntryArrays(const FileDictionary& dictionary,
 // (field, sort key, key), all BYTEA so that order is byte order; work files are TEMP tables of the
 // connection. Every change takes a lock held to the end of its transaction, so writers pass one at a
 // time as they do on the embedded store, and a change either lands whole or not at all.
-class PgStore : public Store {
+class PgStore : public IndexedStore {
 public:
     // Connects with a libpq connection text ("postgresql://..." or "key=value ..."; an empty text takes
     // the PG* environment variables). The files live in `schema`, or, when it is empty, in the first
@@ -43,12 +42,6 @@ public:
     PgStore(const PgStore&) = delete;
     PgStore& operator=(const PgStore&) = delete;
 
-    std::vector<std::string> fileNames() override;
-    bool hasFile(const std::string& file) override;
-    void createFile(const std::string& file) override;
-    std::optional<std::string> read(const std::string& file, const std::string& key) override;
-    void write(const std::string& file, const std::string& key, const std::string& text) override;
-    void remove(const std::string& file, const std::string& key) override;
     void removeBatch(const std::string& file, const std::vector<std::string>& keys) override;
     void scanAll(const std::string& file, const RecordVisitor& visit) override;
     void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) override;
@@ -57,48 +50,50 @@ public:
     // index pays: a table read whole in it is a table that no index can serve.
     std::vector<std::string> explainScan(const std::string& file,
                                          const std::optional<KeyRange>& range) override;
-    void begin() override;
-    void commit() override;
-    void rollback() override;
-    bool inTransaction() const override { return m_inTransaction; }
-    void beginRead() override;
-    void endRead() override;
+    std::string statementText(StoreStatement statement, const std::string& file,
+                              const std::optional<KeyRange>& range = std::nullopt) override;
+
+protected:
+    std::string qualifiedTable(const std::string& table, bool scratch) const override;
+    void createTables(const FileInfo& fi) override;
+    std::vector<std::pair<std::string, std::string>> readCatalog() override;
+    void addToCatalog(const std::string& file, const std::string& indexes) override;
+    void setCatalogIndexes(const std::string& file, const std::string& indexes) override;
+    // The server cuts names longer than 63 bytes.
+    void checkFileName(const std::string& file) const override;
+    bool readRecord(const FileInfo& fi, const std::string& key, std::string& text) override;
+    void putRecord(const FileInfo& fi, const std::string& key, const std::string& text) override;
+    void deleteRecord(const FileInfo& fi, const std::string& key) override;
+    void deleteIndexEntries(const FileInfo& fi, const std::string& key,
+                            const std::vector<IndexEntry>& entries) override;
+    void insertIndexEntries(const FileInfo& fi, const std::string& key,
+                            const std::vector<IndexEntry>& entries) override;
+    void clearIndex(const FileInfo& fi) override;
+    void execute(const std::string& sql) override;
+    void quietly(const char* sql) override;
+    // Every change takes the schema's write lock, held to the end of its transaction.
+    void beginTransaction(bool lock) override;
+    void commitTransaction() override;
+    void rollbackTransaction() override;
+    bool transactionOpen() const override;
+    // Repeatable read: one snapshot for every statement until the end, taken at the first.
+    void beginSnapshot() override;
+    void endSnapshotTransaction() override;
+    // After a failed statement the server refuses every other one until the transaction ends.
+    bool failedStatementSpoilsTransaction() const override { return true; }
 
 private:
-    struct FileInfo {
-        std::string name;
-        std::string table;       // quoted, schema-qualified table of records
-        std::string indexTable;  // quoted table of index entries; empty for a work file
-        const FileDictionary* dictionary = nullptr;
-        bool scratch = false;
-    };
-    class WriteScope;
-    // Ends the read transaction of beginRead, if one is open; later reads see the newest records.
-    void endSnapshot();
-
     explicit PgStore(const std::string& connection);
     void configure(const std::string& schema, OpenMode mode);
     void createSchema();
-    void loadCatalog();
-    void createTables(const std::string& file, bool scratch);
-    void rebuildIndex(const std::string& file);
-    FileInfo infoFor(const std::string& file, bool scratch) const;
-    const FileInfo& info(const std::string& file);
-    static bool isIndexed(const FileInfo& fi);
-    void lockForWriting();
-    void commitOrFail();
-    void updateIndexEntries(const FileInfo& fi, const std::string& key, const std::string* oldText,
-                            const std::string* newText);
-    std::string rangeSql(const FileInfo& fi, const KeyRange& range) const;
+    // `range` serves ScanRange only.
+    std::string statementSql(StoreStatement statement, const FileInfo& fi,
+                             const KeyRange* range = nullptr) const;
     static std::vector<pg::Param> rangeParams(const KeyRange& range);
 
     pg::Connection m_db;
     std::string m_schema;  // quoted
     std::int64_t m_lockKey = 0;
-    std::map<std::string, FileInfo> m_files;
-    bool m_inTransaction = false;
-    int m_readers = 0;        // beginRead calls not yet ended
-    bool m_snapshot = false;  // a read transaction is open for them
 };
 
 }  // namespace mvdb

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <tuple>
 
 #include "base/error.h"
@@ -17,10 +18,6 @@ namespace {
 constexpr int kApplicationId = 0x5A4E444C;
 constexpr int kSchemaVersion = 1;
 constexpr int kBusyTimeoutMs = 10000;
-
-std::string quoteIdentifier(const std::string& schema, const std::string& name) {
-    return schema + ".\"" + name + "\"";
-}
 
 }  // namespace
 
@@ -82,32 +79,6 @@ private:
     sqlite3_stmt* m_stmt;
 };
 
-// Makes one change atomic: inside the caller's transaction a savepoint, outside it a transaction of
-// its own. Changes to work files take no write lock on the shared database.
-class SqliteStore::WriteScope {
-public:
-    WriteScope(SqliteStore& store, bool scratch) : m_store(store), m_nested(scratch) {
-        if (!scratch) m_store.endSnapshot();
-        m_nested = m_nested || m_store.m_inTransaction;
-        m_store.exec(m_nested ? "SAVEPOINT zd_write" : "BEGIN IMMEDIATE");
-    }
-    ~WriteScope() {
-        if (m_done) return;
-        // Undo what the failed change did; the error that brought us here is already travelling.
-        sqlite3_exec(m_store.m_db, m_nested ? "ROLLBACK TO zd_write; RELEASE zd_write" : "ROLLBACK", nullptr,
-                     nullptr, nullptr);
-    }
-    void commit() {
-        m_store.exec(m_nested ? "RELEASE zd_write" : "COMMIT");
-        m_done = true;
-    }
-
-private:
-    SqliteStore& m_store;
-    bool m_nested;
-    bool m_done = false;
-};
-
 std::unique_ptr<SqliteStore> SqliteStore::open(const std::string& path, OpenMode mode) {
     bool memory = path == ":memory:";
     bool exists = !memory && std::filesystem::exists(path);
@@ -133,7 +104,7 @@ SqliteStore::SqliteStore(sqlite3* db, std::string path) : m_db(db), m_path(std::
 SqliteStore::~SqliteStore() {
     for (auto& [sql, stmt] : m_statements)
         sqlite3_finalize(stmt);
-    if (m_inTransaction || m_snapshot) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    if (transactionOpen()) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
     sqlite3_close(m_db);
 }
 
@@ -159,102 +130,63 @@ void SqliteStore::configure(bool isNew) {
         throw base::Error(base::codes::kStorage,
                           "La base " + m_path + " appartient à un autre programme : elle n'est pas ouverte");
     }
-    if (m_path != ":memory:") exec("PRAGMA journal_mode=WAL");
+    if (m_path != ":memory:") execute("PRAGMA journal_mode=WAL");
     // A validated tournée must survive a power cut as well as a crash.
-    exec("PRAGMA synchronous=FULL");
-    exec("PRAGMA temp_store=MEMORY");
+    execute("PRAGMA synchronous=FULL");
+    execute("PRAGMA temp_store=MEMORY");
     // A display reads thousands of small records scattered over the file: with the default 2 MB cache
     // many were read from the file again at every display. Pages are mapped rather than copied.
-    exec("PRAGMA cache_size=-65536");
-    if (m_path != ":memory:") exec("PRAGMA mmap_size=268435456");
+    execute("PRAGMA cache_size=-65536");
+    if (m_path != ":memory:") execute("PRAGMA mmap_size=268435456");
     if (tables == 0 || isNew) createSchema();
     loadCatalog();
 }
 
 void SqliteStore::createSchema() {
-    exec("BEGIN IMMEDIATE");
+    beginTransaction(true);
     try {
-        exec("PRAGMA application_id=" + std::to_string(kApplicationId));
-        exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
-        exec(
+        execute("PRAGMA application_id=" + std::to_string(kApplicationId));
+        execute("PRAGMA user_version=" + std::to_string(kSchemaVersion));
+        execute(
             "CREATE TABLE IF NOT EXISTS zd_files(name TEXT PRIMARY KEY, indexes TEXT NOT NULL) WITHOUT "
             "ROWID");
-        for (const std::string& file : serviceFiles()) {
-            if (!dictionaryFor(file).scratch) {
-                createTables(file, false);
-                Statement(*this, "INSERT OR IGNORE INTO zd_files(name, indexes) VALUES(?1, ?2)")
-                    .bind(1, file)
-                    .bind(2, dictionaryFor(file).describeIndexes())
-                    .run();
-            }
-        }
-        exec("COMMIT");
+        createServiceFiles();
+        commitTransaction();
     } catch (...) {
-        sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+        quietly("ROLLBACK");
         throw;
     }
 }
 
-void SqliteStore::createTables(const std::string& file, bool scratch) {
-    std::string schema = scratch ? "temp" : "main";
-    exec("CREATE TABLE IF NOT EXISTS " + quoteIdentifier(schema, "f_" + file) +
-         "(key TEXT PRIMARY KEY, rec BLOB NOT NULL) WITHOUT ROWID");
-    if (!scratch) {
-        exec("CREATE TABLE IF NOT EXISTS " + quoteIdentifier(schema, "x_" + file) +
-             "(fld INTEGER NOT NULL, k BLOB NOT NULL, key TEXT NOT NULL, PRIMARY KEY(fld, k, key)) WITHOUT "
-             "ROWID");
-    }
+std::string SqliteStore::qualifiedTable(const std::string& table, bool scratch) const {
+    return std::string(scratch ? "temp" : "main") + ".\"" + table + "\"";
 }
 
-void SqliteStore::loadCatalog() {
-    m_files.clear();
+void SqliteStore::createTables(const FileInfo& fi) {
+    execute(statementSql(StoreStatement::CreateTable, fi));
+    if (fi.indexTable.empty()) return;
+    execute(
+        "CREATE TABLE IF NOT EXISTS " + fi.indexTable +
+        "(fld INTEGER NOT NULL, k BLOB NOT NULL, key TEXT NOT NULL, PRIMARY KEY(fld, k, key)) WITHOUT ROWID");
+}
+
+std::vector<std::pair<std::string, std::string>> SqliteStore::readCatalog() {
     std::vector<std::pair<std::string, std::string>> catalog;
-    {
-        Statement s(*this, "SELECT name, indexes FROM zd_files ORDER BY name");
-        while (s.step())
-            catalog.emplace_back(s.column(0), s.column(1));
-    }
-    for (const auto& [name, indexes] : catalog) {
-        const FileDictionary& d = dictionaryFor(name);
-        m_files[name] = {quoteIdentifier("main", "f_" + name), quoteIdentifier("main", "x_" + name), &d,
-                         false};
-        // A newer program may index other fields: rebuild so that every sentence stays exact.
-        if (indexes != d.describeIndexes()) rebuildIndex(name);
-    }
-    for (const std::string& file : serviceFiles()) {
-        const FileDictionary& d = dictionaryFor(file);
-        if (!d.scratch) continue;
-        createTables(file, true);
-        m_files[file] = {quoteIdentifier("temp", "f_" + file), "", &d, true};
-    }
+    Statement s(*this, "SELECT name, indexes FROM zd_files ORDER BY name");
+    while (s.step())
+        catalog.emplace_back(s.column(0), s.column(1));
+    return catalog;
 }
 
-void SqliteStore::rebuildIndex(const std::string& file) {
-    FileInfo& fi = m_files.at(file);
-    WriteScope scope(*this, false);
-    exec("DELETE FROM " + fi.indexTable);
-    std::vector<std::pair<std::string, std::string>> records;
-    scanAll(file, [&](const std::string& key, const std::string& text) {
-        records.emplace_back(key, text);
-        return true;
-    });
-    for (const auto& [key, text] : records)
-        updateIndexEntries(fi, key, nullptr, &text);
-    Statement(*this, "UPDATE zd_files SET indexes = ?2 WHERE name = ?1")
+void SqliteStore::addToCatalog(const std::string& file, const std::string& indexes) {
+    Statement(*this, "INSERT OR IGNORE INTO zd_files(name, indexes) VALUES(?1, ?2)")
         .bind(1, file)
-        .bind(2, fi.dictionary->describeIndexes())
+        .bind(2, indexes)
         .run();
-    scope.commit();
 }
 
-bool SqliteStore::isIndexed(const FileInfo& fi) {
-    return !fi.indexTable.empty() && !fi.dictionary->indexed.empty();
-}
-
-const SqliteStore::FileInfo& SqliteStore::info(const std::string& file) {
-    auto it = m_files.find(file);
-    if (it == m_files.end()) throw base::Error(base::codes::kUnknownFile, "Fichier inconnu : " + file);
-    return it->second;
+void SqliteStore::setCatalogIndexes(const std::string& file, const std::string& indexes) {
+    Statement(*this, "UPDATE zd_files SET indexes = ?2 WHERE name = ?1").bind(1, file).bind(2, indexes).run();
 }
 
 sqlite3_stmt* SqliteStore::prepare(const std::string& sql) {
@@ -269,8 +201,12 @@ sqlite3_stmt* SqliteStore::prepare(const std::string& sql) {
     return stmt;
 }
 
-void SqliteStore::exec(const std::string& sql) {
+void SqliteStore::execute(const std::string& sql) {
     if (sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail("« " + sql + " »");
+}
+
+void SqliteStore::quietly(const char* sql) {
+    sqlite3_exec(m_db, sql, nullptr, nullptr, nullptr);
 }
 
 void SqliteStore::fail(const std::string& what) const {
@@ -286,114 +222,76 @@ void SqliteStore::fail(const std::string& what) const {
     throw base::Error(base::codes::kStorage, text + " : " + message);
 }
 
-std::vector<std::string> SqliteStore::fileNames() {
-    std::vector<std::string> names;
-    for (const auto& [name, fi] : m_files)
-        names.push_back(name);
-    return names;
+std::string SqliteStore::statementText(StoreStatement statement, const std::string& file,
+                                       const std::optional<KeyRange>& range) {
+    const FileInfo& fi = statement == StoreStatement::ScanRange ? indexedInfo(file) : info(file);
+    return statementSql(statement, fi, range ? &*range : nullptr);
 }
 
-bool SqliteStore::hasFile(const std::string& file) {
-    return m_files.count(file) != 0;
+std::string SqliteStore::statementSql(StoreStatement statement, const FileInfo& fi,
+                                      const KeyRange* range) const {
+    switch (statement) {
+        case StoreStatement::Read:
+            return "SELECT rec FROM " + fi.table + " WHERE key = ?1";
+        case StoreStatement::Write:
+            return "INSERT INTO " + fi.table +
+                   "(key, rec) VALUES(?1, ?2) ON CONFLICT(key) DO UPDATE SET rec = excluded.rec";
+        case StoreStatement::Remove:
+            return "DELETE FROM " + fi.table + " WHERE key = ?1";
+        case StoreStatement::ScanAll:
+            return "SELECT key, rec FROM " + fi.table + " ORDER BY key";
+        case StoreStatement::ScanRange:
+            return rangeSql(fi, range ? *range : KeyRange{});
+        case StoreStatement::CreateTable:
+            return "CREATE TABLE IF NOT EXISTS " + fi.table +
+                   "(key TEXT PRIMARY KEY, rec BLOB NOT NULL) WITHOUT ROWID";
+    }
+    return {};
 }
 
-void SqliteStore::createFile(const std::string& file) {
-    if (hasFile(file)) return;
-    checkNewFileName(file);
-    const FileDictionary& d = dictionaryFor(file);
-    WriteScope scope(*this, false);
-    createTables(file, false);
-    // Another program on the same database may have made it since this one read the catalog: the
-    // tables are made if missing, and the catalog keeps its row.
-    Statement(*this, "INSERT OR IGNORE INTO zd_files(name, indexes) VALUES(?1, ?2)")
-        .bind(1, file)
-        .bind(2, d.describeIndexes())
-        .run();
-    scope.commit();
-    m_files[file] = {quoteIdentifier("main", "f_" + file), quoteIdentifier("main", "x_" + file), &d, false};
-}
-
-std::optional<std::string> SqliteStore::read(const std::string& file, const std::string& key) {
-    std::string text;
-    if (!readInto(file, key, text)) return std::nullopt;
-    return text;
-}
-
-bool SqliteStore::readInto(const std::string& file, const std::string& key, std::string& text) {
-    const FileInfo& fi = info(file);
-    if (!fi.read) fi.read = prepare("SELECT rec FROM " + fi.table + " WHERE key = ?1");
-    Statement s(*this, fi.read);
+bool SqliteStore::readRecord(const FileInfo& fi, const std::string& key, std::string& text) {
+    if (!fi.pointRead) fi.pointRead = prepare(statementSql(StoreStatement::Read, fi));
+    Statement s(*this, static_cast<sqlite3_stmt*>(fi.pointRead));
     s.bind(1, key);
     if (!s.step()) return false;
     s.column(0, text);
     return true;
 }
 
-void SqliteStore::updateIndexEntries(const FileInfo& fi, const std::string& key, const std::string* oldText,
-                                     const std::string* newText) {
-    // Only the entries that change are touched.
-    const auto [gone, added] = indexChanges(*fi.dictionary, key, oldText, newText);
-    if (!gone.empty()) {
-        Statement s(*this, "DELETE FROM " + fi.indexTable + " WHERE fld = ?1 AND k = ?2 AND key = ?3");
-        for (const IndexEntry& e : gone) {
-            s.bind(1, e.field).bindBlob(2, e.sortKey).bind(3, key).run();
-            s.again();
-        }
-    }
-    if (!added.empty()) {
-        Statement s(*this, "INSERT OR IGNORE INTO " + fi.indexTable + "(fld, k, key) VALUES(?1, ?2, ?3)");
-        for (const IndexEntry& e : added) {
-            s.bind(1, e.field).bindBlob(2, e.sortKey).bind(3, key).run();
-            s.again();
-        }
+void SqliteStore::putRecord(const FileInfo& fi, const std::string& key, const std::string& text) {
+    Statement(*this, statementSql(StoreStatement::Write, fi)).bind(1, key).bindBlob(2, text).run();
+}
+
+void SqliteStore::deleteRecord(const FileInfo& fi, const std::string& key) {
+    Statement(*this, statementSql(StoreStatement::Remove, fi)).bind(1, key).run();
+}
+
+void SqliteStore::deleteIndexEntries(const FileInfo& fi, const std::string& key,
+                                     const std::vector<IndexEntry>& entries) {
+    Statement s(*this, "DELETE FROM " + fi.indexTable + " WHERE fld = ?1 AND k = ?2 AND key = ?3");
+    for (const IndexEntry& e : entries) {
+        s.bind(1, e.field).bindBlob(2, e.sortKey).bind(3, key).run();
+        s.again();
     }
 }
 
-void SqliteStore::write(const std::string& file, const std::string& key, const std::string& text) {
-    const FileInfo& fi = info(file);
-    checkKey(file, key);
-    // A work file has no index entries: its change is the one statement, atomic by itself.
-    if (fi.scratch) return upsert(fi, key, text);
-    WriteScope scope(*this, fi.scratch);
-    if (isIndexed(fi)) {
-        std::optional<std::string> old = read(file, key);
-        updateIndexEntries(fi, key, old ? &*old : nullptr, &text);
+void SqliteStore::insertIndexEntries(const FileInfo& fi, const std::string& key,
+                                     const std::vector<IndexEntry>& entries) {
+    Statement s(*this, "INSERT OR IGNORE INTO " + fi.indexTable + "(fld, k, key) VALUES(?1, ?2, ?3)");
+    for (const IndexEntry& e : entries) {
+        s.bind(1, e.field).bindBlob(2, e.sortKey).bind(3, key).run();
+        s.again();
     }
-    upsert(fi, key, text);
-    scope.commit();
 }
 
-void SqliteStore::upsert(const FileInfo& fi, const std::string& key, const std::string& text) {
-    Statement(*this, "INSERT INTO " + fi.table +
-                         "(key, rec) VALUES(?1, ?2) ON CONFLICT(key) DO UPDATE SET rec = excluded.rec")
-        .bind(1, key)
-        .bindBlob(2, text)
-        .run();
-}
-
-void SqliteStore::remove(const std::string& file, const std::string& key) {
-    const FileInfo& fi = info(file);
-    if (fi.scratch) {
-        Statement(*this, "DELETE FROM " + fi.table + " WHERE key = ?1").bind(1, key).run();
-        return;
-    }
-    WriteScope scope(*this, fi.scratch);
-    if (isIndexed(fi)) {
-        std::optional<std::string> old = read(file, key);
-        if (!old) {
-            scope.commit();
-            return;
-        }
-        updateIndexEntries(fi, key, &*old, nullptr);
-    }
-    Statement(*this, "DELETE FROM " + fi.table + " WHERE key = ?1").bind(1, key).run();
-    scope.commit();
+void SqliteStore::clearIndex(const FileInfo& fi) {
+    execute("DELETE FROM " + fi.indexTable);
 }
 
 void SqliteStore::removeBatch(const std::string& file, const std::vector<std::string>& keys) {
     const FileInfo& fi = info(file);
     if (keys.empty()) return;
-    WriteScope scope(*this, fi.scratch);
+    WriteScope scope(*this, fi);
     // The keys in order, each once: the deletes below walk the file in its own order.
     std::vector<const std::string*> sorted;
     sorted.reserve(keys.size());
@@ -416,8 +314,8 @@ void SqliteStore::removeBatch(const std::string& file, const std::vector<std::st
             if (!goes) kept.emplace_back(key, text);
             return true;
         });
-        exec("DELETE FROM " + fi.table);
-        exec("DELETE FROM " + fi.indexTable);
+        execute("DELETE FROM " + fi.table);
+        clearIndex(fi);
         std::vector<std::tuple<int, std::string, const std::string*>> entries;
         {
             Statement s(*this, "INSERT INTO " + fi.table + "(key, rec) VALUES(?1, ?2)");
@@ -446,7 +344,7 @@ void SqliteStore::removeBatch(const std::string& file, const std::vector<std::st
         std::map<int, std::vector<std::pair<std::string, const std::string*>>> gone;
         std::string text;
         for (const std::string* key : sorted) {
-            if (!readInto(file, *key, text)) continue;
+            if (!readRecord(fi, *key, text)) continue;
             for (IndexEntry& e : indexEntries(*fi.dictionary, *key, text))
                 gone[e.field].emplace_back(std::move(e.sortKey), key);
         }
@@ -471,8 +369,7 @@ void SqliteStore::removeBatch(const std::string& file, const std::vector<std::st
 }
 
 void SqliteStore::scanAll(const std::string& file, const RecordVisitor& visit) {
-    const FileInfo& fi = info(file);
-    Statement s(*this, "SELECT key, rec FROM " + fi.table + " ORDER BY key");
+    Statement s(*this, statementSql(StoreStatement::ScanAll, info(file)));
     std::string key, text;
     while (s.step()) {
         s.column(0, key);
@@ -492,11 +389,7 @@ std::string SqliteStore::rangeSql(const FileInfo& fi, const KeyRange& range) con
 }
 
 void SqliteStore::scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) {
-    const FileInfo& fi = info(file);
-    if (fi.indexTable.empty()) {
-        throw base::Error(base::codes::kStorage, "Le fichier " + file + " n'a pas d'index");
-    }
-    Statement s(*this, rangeSql(fi, range));
+    Statement s(*this, rangeSql(indexedInfo(file), range));
     s.bind(1, range.field).bindBlob(2, range.low);
     if (!range.high.empty()) s.bindBlob(3, range.high);
     std::string key, text;
@@ -514,53 +407,43 @@ std::size_t SqliteStore::count(const std::string& file) {
 
 std::vector<std::string> SqliteStore::explainScan(const std::string& file,
                                                   const std::optional<KeyRange>& range) {
-    const FileInfo& fi = info(file);
-    std::string sql = range ? rangeSql(fi, *range) : "SELECT key, rec FROM " + fi.table + " ORDER BY key";
     std::vector<std::string> lines;
-    Statement s(*this, "EXPLAIN QUERY PLAN " + sql);
+    Statement s(*this,
+                "EXPLAIN QUERY PLAN " +
+                    statementText(range ? StoreStatement::ScanRange : StoreStatement::ScanAll, file, range));
     while (s.step())
         lines.push_back(s.column(3));
     return lines;
 }
 
-void SqliteStore::begin() {
-    if (m_inTransaction) throw base::Error(base::codes::kStorage, "Une transaction est déjà ouverte");
-    endSnapshot();
-    exec("BEGIN IMMEDIATE");
-    m_inTransaction = true;
+void SqliteStore::beginTransaction(bool lock) {
+    // Immediate: the write lock is taken now, so a second planner waits here rather than failing later.
+    execute(lock ? "BEGIN IMMEDIATE" : "BEGIN");
 }
 
-void SqliteStore::commit() {
-    if (!m_inTransaction) throw base::Error(base::codes::kStorage, "Aucune transaction ouverte");
-    exec("COMMIT");
-    m_inTransaction = false;
+void SqliteStore::commitTransaction() {
+    execute("COMMIT");
 }
 
-void SqliteStore::rollback() {
-    if (!m_inTransaction) return;
-    m_inTransaction = false;
-    exec("ROLLBACK");
+void SqliteStore::rollbackTransaction() {
+    execute("ROLLBACK");
 }
 
-void SqliteStore::beginRead() {
-    if (m_readers++ > 0 || m_inTransaction) return;
+bool SqliteStore::transactionOpen() const {
+    return sqlite3_get_autocommit(m_db) == 0;
+}
+
+void SqliteStore::beginSnapshot() {
     // Deferred: in WAL mode the first read fixes the snapshot and no writer is ever kept waiting.
-    exec("BEGIN");
-    m_snapshot = true;
+    execute("BEGIN");
 }
 
-void SqliteStore::endRead() {
-    if (m_readers > 0 && --m_readers == 0) endSnapshot();
-}
-
-void SqliteStore::endSnapshot() {
-    if (!m_snapshot) return;
-    m_snapshot = false;
+void SqliteStore::endSnapshotTransaction() {
     // Only work files can have changed inside; they are kept.
     try {
-        exec("COMMIT");
+        execute("COMMIT");
     } catch (const base::Error&) {
-        sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+        quietly("ROLLBACK");
         throw;
     }
 }

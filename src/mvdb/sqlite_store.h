@@ -1,25 +1,22 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
 #include <unordered_map>
 
-#include "mvdb/store.h"
+#include "mvdb/indexed_store.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace mvdb {
 
-struct FileDictionary;
-
 enum class OpenMode { CreateIfMissing, ExistingOnly };
 
 // The embedded store: one SQLite file in WAL mode with a busy timeout, so that a second planner's
 // commit waits instead of failing. Each file is a table of (key, record) and a table of index entries
 // (field, sort key, key); work files live in the connection's temporary schema and cost no disk sync.
-class SqliteStore : public Store {
+class SqliteStore : public IndexedStore {
 public:
     // Opens or creates the database. ":memory:" gives a private in-memory database. Fails with a clear
     // message for a missing file (ExistingOnly), a file that is not a database, or the database of
@@ -29,66 +26,56 @@ public:
     SqliteStore(const SqliteStore&) = delete;
     SqliteStore& operator=(const SqliteStore&) = delete;
 
-    std::vector<std::string> fileNames() override;
-    bool hasFile(const std::string& file) override;
-    void createFile(const std::string& file) override;
-    std::optional<std::string> read(const std::string& file, const std::string& key) override;
-    bool readInto(const std::string& file, const std::string& key, std::string& text) override;
-    void write(const std::string& file, const std::string& key, const std::string& text) override;
-    void remove(const std::string& file, const std::string& key) override;
     void removeBatch(const std::string& file, const std::vector<std::string>& keys) override;
     void scanAll(const std::string& file, const RecordVisitor& visit) override;
     void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) override;
     std::size_t count(const std::string& file) override;
     std::vector<std::string> explainScan(const std::string& file,
                                          const std::optional<KeyRange>& range) override;
-    void begin() override;
-    void commit() override;
-    void rollback() override;
-    bool inTransaction() const override { return m_inTransaction; }
-    void beginRead() override;
-    void endRead() override;
+    std::string statementText(StoreStatement statement, const std::string& file,
+                              const std::optional<KeyRange>& range = std::nullopt) override;
+
+protected:
+    std::string qualifiedTable(const std::string& table, bool scratch) const override;
+    void createTables(const FileInfo& fi) override;
+    std::vector<std::pair<std::string, std::string>> readCatalog() override;
+    void addToCatalog(const std::string& file, const std::string& indexes) override;
+    void setCatalogIndexes(const std::string& file, const std::string& indexes) override;
+    bool readRecord(const FileInfo& fi, const std::string& key, std::string& text) override;
+    void putRecord(const FileInfo& fi, const std::string& key, const std::string& text) override;
+    void deleteRecord(const FileInfo& fi, const std::string& key) override;
+    void deleteIndexEntries(const FileInfo& fi, const std::string& key,
+                            const std::vector<IndexEntry>& entries) override;
+    void insertIndexEntries(const FileInfo& fi, const std::string& key,
+                            const std::vector<IndexEntry>& entries) override;
+    void clearIndex(const FileInfo& fi) override;
+    void execute(const std::string& sql) override;
+    void quietly(const char* sql) override;
+    void beginTransaction(bool lock) override;
+    void commitTransaction() override;
+    void rollbackTransaction() override;
+    bool transactionOpen() const override;
+    void beginSnapshot() override;
+    void endSnapshotTransaction() override;
+    // A failed statement is undone alone; the transaction goes on.
+    bool failedStatementSpoilsTransaction() const override { return false; }
 
 private:
-    struct FileInfo {
-        std::string table;       // quoted, schema-qualified table of records
-        std::string indexTable;  // quoted table of index entries; empty when the file has no index
-        const FileDictionary* dictionary = nullptr;
-        bool scratch = false;
-        // The point read, prepared on first use: a display reads thousands of records one by one.
-        mutable sqlite3_stmt* read = nullptr;
-    };
     class Statement;
-    class WriteScope;
-    // Ends the read transaction of beginRead, if one is open; later reads see the newest records.
-    void endSnapshot();
 
     SqliteStore(sqlite3* db, std::string path);
     void configure(bool isNew);
     void createSchema();
-    void loadCatalog();
-    void createTables(const std::string& file, bool scratch);
-    void rebuildIndex(const std::string& file);
-    const FileInfo& info(const std::string& file);
     sqlite3_stmt* prepare(const std::string& sql);
-    void exec(const std::string& sql);
-    static bool isIndexed(const FileInfo& fi);
-    // Brings the index entries of one record from those of its old text to those of its new one;
-    // a null text stands for no record.
-    void updateIndexEntries(const FileInfo& fi, const std::string& key, const std::string* oldText,
-                            const std::string* newText);
     std::string rangeSql(const FileInfo& fi, const KeyRange& range) const;
-    // Writes the record's row, creating or replacing it.
-    void upsert(const FileInfo& fi, const std::string& key, const std::string& text);
+    // `range` serves ScanRange only.
+    std::string statementSql(StoreStatement statement, const FileInfo& fi,
+                             const KeyRange* range = nullptr) const;
     [[noreturn]] void fail(const std::string& what) const;
 
     sqlite3* m_db;
     std::string m_path;
-    std::map<std::string, FileInfo> m_files;
     std::unordered_map<std::string, sqlite3_stmt*> m_statements;
-    bool m_inTransaction = false;
-    int m_readers = 0;        // beginRead calls not yet ended
-    bool m_snapshot = false;  // a read transaction is open for them
 };
 
 }  // namespace mvdb

@@ -348,6 +348,54 @@ TEST_P(StoreBehaviour, ABatchOfRemovesLeavesWhatRemovingEachWould) {
     }
 }
 
+TEST_P(StoreBehaviour, NamesTheStatementsOfItsCalls) {
+    auto& indexed = dynamic_cast<mvdb::IndexedStore&>(store());
+    struct Case {
+        const char* name;
+        mvdb::StoreStatement statement;
+        std::string file;
+        std::string message;
+    } cases[] = {
+        {"unknown file", mvdb::StoreStatement::Read, "NOPE", "Fichier inconnu : NOPE"},
+        {"range on a work file", mvdb::StoreStatement::ScanRange, "TPSTEMPO",
+         "Le fichier TPSTEMPO n'a pas d'index"},
+        {"read of a work file", mvdb::StoreStatement::Read, "TPSTEMPO", "no error"},
+        {"range on a shared file", mvdb::StoreStatement::ScanRange, "SSIADTOURNEE", "no error"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(errorOf([&] { indexed.statementText(c.statement, c.file, mvdb::KeyRange{}); }), c.message);
+    }
+}
+
+// Work records follow the transaction around them as shared ones do, whichever way it ends.
+TEST_P(StoreBehaviour, WorkRecordsFollowTheTransactionAroundThem) {
+    struct Step {
+        const char* name;
+        bool commit;
+        std::optional<std::string> work, shared;
+    } steps[] = {
+        {"rolled back", false, std::nullopt, std::nullopt},
+        {"committed", true, "w", "s"},
+    };
+    for (const Step& s : steps) {
+        SCOPED_TRACE(s.name);
+        store().begin();
+        store().write("TPSTEMPO", "WORK", "w");
+        store().write("CIVILAIDE", "00001", "s");
+        s.commit ? store().commit() : store().rollback();
+        EXPECT_EQ(store().read("TPSTEMPO", "WORK"), s.work);
+        EXPECT_EQ(store().read("CIVILAIDE", "00001"), s.shared);
+    }
+    {
+        mvdb::ConsistentRead read(*m.db);
+        store().remove("TPSTEMPO", "WORK");
+        store().write("TPSTEMPO", "OTHER", "o");
+    }
+    EXPECT_EQ(store().read("TPSTEMPO", "WORK"), std::nullopt);
+    EXPECT_EQ(store().read("TPSTEMPO", "OTHER"), "o");
+}
+
 INSTANTIATE_TEST_SUITE_P(Stores, StoreBehaviour, ::testing::Values(Kind::Sqlite, Kind::Pg),
                          [](const auto& info) { return info.param == Kind::Pg ? "Pg" : "Sqlite"; });
 
@@ -477,6 +525,25 @@ TEST_F(PgStoreTest, ALostConnectionSaysSoAndLosesTheUnfinishedTransaction) {
     EXPECT_NO_THROW(store->rollback());
     auto again = mvdb::PgStore::open(pgTestServer(), mvdb::OpenMode::ExistingOnly, ownName());
     EXPECT_EQ(again->read("CIVILAIDE", "00001"), std::nullopt);
+}
+
+// The server refuses a key too long for its index; inside a transaction that failure must cost the
+// one change only, on a work file as on a shared one.
+TEST_F(PgStoreTest, AFailedChangeInsideATransactionCostsThatChangeOnly) {
+    auto store = mvdb::PgStore::open(pgTestServer(), mvdb::OpenMode::CreateIfMissing, ownName());
+    std::string huge;
+    for (unsigned n = 1; huge.size() < 20000; n = n * 1103515245u + 12345u)
+        huge += "abcdefghijklmnopqrstuvwxyz0123456789"[(n >> 16) % 36];
+    for (const char* file : {"TPSTEMPO", "CIVILAIDE"}) {
+        SCOPED_TRACE(file);
+        store->begin();
+        store->write(file, "before", "kept");
+        EXPECT_NE(errorOf([&] { store->write(file, huge, "refused"); }), "no error");
+        store->write(file, "after", "kept");
+        store->commit();
+        EXPECT_EQ(store->read(file, "before"), "kept");
+        EXPECT_EQ(store->read(file, "after"), "kept");
+    }
 }
 
 // The steps of a plan that read a table whole: a sequential scan, or an index walked without a condition.
