@@ -441,6 +441,13 @@ void PgStore::rollback() {
     m_db.exec("ROLLBACK");
 }
 
+std::string PgStore::openTransaction() const {
+    if (m_inTransaction) return "une transaction d'écriture";
+    if (m_readers > 0) return std::to_string(m_readers) + " lecture(s) cohérente(s) non terminée(s)";
+    if (m_snapshot) return "une lecture cohérente";
+    return "";
+}
+
 void PgStore::beginRead() {
     if (m_readers++ > 0 || m_inTransaction) return;
     // Repeatable read: one snapshot for every statement until the end, taken at the first.

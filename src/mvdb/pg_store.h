@@ -61,6 +61,7 @@ public:
     void commit() override;
     void rollback() override;
     bool inTransaction() const override { return m_inTransaction; }
+    std::string openTransaction() const override;
     void beginRead() override;
     void endRead() override;
 

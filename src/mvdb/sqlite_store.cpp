@@ -538,6 +538,17 @@ void SqliteStore::rollback() {
     exec("ROLLBACK");
 }
 
+std::string SqliteStore::openTransaction() const {
+    if (m_inTransaction) return "une transaction d'écriture";
+    if (m_readers > 0) return std::to_string(m_readers) + " lecture(s) cohérente(s) non terminée(s)";
+    // A statement stepped and never reset keeps a read transaction of its own.
+    for (sqlite3_stmt* s = sqlite3_next_stmt(m_db, nullptr); s; s = sqlite3_next_stmt(m_db, s)) {
+        if (sqlite3_stmt_busy(s)) return std::string("l'instruction non terminée « ") + sqlite3_sql(s) + " »";
+    }
+    if (!sqlite3_get_autocommit(m_db)) return "une transaction ouverte hors de la base";
+    return "";
+}
+
 void SqliteStore::beginRead() {
     if (m_readers++ > 0 || m_inTransaction) return;
     // Deferred: in WAL mode the first read fixes the snapshot and no writer is ever kept waiting.

@@ -1,0 +1,127 @@
+// A planner's day in the real window: each journey drives the widgets as a user would and checks, after
+// every step that writes, what another workstation sees of it.
+#include "journey.h"
+
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include "companions/companions.h"
+
+namespace journey {
+namespace {
+
+// The first waiting label of the screen.
+const toolkit::Label& firstLabel(const control::Ctr_Zandorel& c) {
+    for (toolkit::Control* label : c.Etq_Aide.elements()) {
+        if (label->index() > 0) return static_cast<const toolkit::Label&>(*label);
+    }
+    return c.Etq_Aide(0);
+}
+
+class JourneyDay : public Journey {
+protected:
+    // The printer choice and then the file: a PDF in the journey's folder.
+    void answerPrinterWithPdf(const std::string& file) {
+        whenModal([](QWidget* choice) {
+            for (QPushButton* b : choice->findChildren<QPushButton*>()) {
+                if (b->text() == "OK") return QTest::mouseClick(b, Qt::LeftButton);
+            }
+            FAIL() << "no OK in the printer choice";
+        });
+        whenModal([file](QWidget* window) {
+            auto* files = qobject_cast<QFileDialog*>(window);
+            ASSERT_NE(files, nullptr) << "the file choice was expected";
+            auto* name = files->findChild<QLineEdit*>("fileNameEdit");
+            ASSERT_NE(name, nullptr);
+            name->setText(QString::fromStdString(file));
+            QMetaObject::invokeMethod(files, "accept");
+        });
+    }
+    // "..." then Nouvelle, the fields of tournée `code`, Enregistrer and Fermer.
+    void createTournee(const QString& code) {
+        inDialog([this, code](qtui::FormView& view) {
+            auto& form = static_cast<control::Frm_SsiadCaractTournee&>(view.form());
+            clickOn(form.Cmd_Nouveau);
+            typeInto(form.Txt_Code, code);
+            typeInto(form.Txt_Libelle, "ESSAI " + code);
+            typeInto(form.Txt_Jour, "0");
+            typeInto(form.Txt_HeureDebut, "8");
+            typeInto(form.Txt_MinuteDebut, "00");
+            typeInto(form.Txt_HeureFin, "12");
+            typeInto(form.Txt_MinuteFin, "00");
+            typeInto(form.Txt_Type, "I");
+            typeInto(form.Txt_Secteurs, "1");
+            clickOn(form.Cmd_Enregistrer);
+            clickOn(form.Cmd_Fermer);
+        });
+        clickOn(m_ctl->Cmd_Tournee);
+    }
+};
+
+TEST_F(JourneyDay, JourneyATourneeSavedAfterPrintingAndCompanionScreensIsSeenElsewhereAtOnce) {
+    typeInto(m_ctl->Txt_CodeTournee, "001");
+    ASSERT_EQ(m_ctl->Txt_CodeTournee.text(), "001");
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_TRUE(waitFor([&] { return m_ctl->Etq_Aide.Count() > 1 && answersUsed(); }));
+
+    const std::string pdf = (m_folder / "001.pdf").string();
+    answerPrinterWithPdf(pdf);
+    clickOn(m_ctl->Cmd_Imprimer);
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    ASSERT_TRUE(std::filesystem::exists(pdf));
+    EXPECT_GT(std::filesystem::file_size(pdf), 0u);
+
+    // "Annuler" leaves the tournée, then the day without one.
+    clickOn(m_ctl->Cmd_Sortir);
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_GT(m_ctl->Etq_Aide.Count(), 1);
+
+    const toolkit::Label& label = firstLabel(*m_ctl);
+    popupEntry(label, "Eléments de gestion SSIAD", [this](qtui::FormView& view) {
+        clickOn(static_cast<control::Frm_ElemGestSSIAD&>(view.form()).Cmd_Fermer);
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    popupEntry(label, "Dossier Aide", [this](qtui::FormView& view) {
+        clickOn(static_cast<control::Frm_DossierAide&>(view.form()).Cmd_Fermer);
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+
+    createTournee("091");
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    EXPECT_EQ(elsewhere("SSIADCARACTTOURNEE", "0 1", "SELECT SSIADCARACTTOURNEE AVEC 0 = \"091\""),
+              "091\tESSAI 091\n");
+}
+
+TEST_F(JourneyDay, JourneyAValidationThroughTheAnomalyListIsSeenElsewhereAtOnce) {
+    typeInto(m_ctl->Txt_CodeTournee, "001");
+    chooseIn(m_ctl->Cbo_Date, "30/11/2026");
+    ASSERT_EQ(m_ctl->Cbo_Date.text(), "30/11/2026");
+    QTest::qWait(50);
+    clickOn(m_ctl->Cmd_Affichage);
+    QTest::qWait(50);
+    ASSERT_GT(m_ctl->Etq_Aide.Count(), 1);
+    // A waiting label dropped at 11h00 in the detail pane.
+    const int index = std::stoi(m_ctl->TabTempoAide(1, 1));
+    const toolkit::Label& label = m_ctl->Etq_Aide(index);
+    const std::string aide = label.tag().substr(0, 5);
+    const qtui::Zoom z(1.0);
+    dragLabel(label, QPoint(10, 10), QPoint(150, z.px(760 + 5 * 4 * m_ctl->PasQuartHeure)));
+    QTest::qWait(50);
+    ASSERT_EQ(label.left(), 760);
+    inDialog([this](qtui::FormView& view) {
+        ASSERT_EQ(view.form().name(), "Frm_Anomalies");
+        clickOn(*view.form().find("Cmd_Ok"));
+    });
+    clickOn(m_ctl->Cmd_Ok);
+    QTest::qWait(50);
+    // 30/11/2026 is internal day 21519.
+    const std::string seen =
+        elsewhere("SSIADTOURNEE", "0",
+                  "SELECT SSIADTOURNEE AVEC CodeTournee = \"001\" AND AVEC DateTournee = \"21519\"");
+    EXPECT_NE(seen.find("001" + aide), std::string::npos) << seen;
+}
+
+}  // namespace
+}  // namespace journey
