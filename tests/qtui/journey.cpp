@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QProcess>
 #include <QPushButton>
 #include <QTest>
 #include <sstream>
@@ -219,10 +220,17 @@ bool Journey::waitFor(const std::function<bool()>& done) {
 
 std::string Journey::elsewhere(const std::string& file, const std::string& list,
                                const std::string& sentence) const {
-    auto other = app::openDatabase(m_path, mvdb::OpenMode::ExistingOnly, m_clock);
-    std::ostringstream out;
-    app::queryRecords(*other, file, list, sentence, out);
-    return out.str();
+    // Another process, as another workstation is: a connection of this process would share its locks,
+    // and would not see what a lost lock does to the others.
+    QProcess query;
+    query.start(ZANDOREL_EXECUTABLE,
+                {"query", "--db", QString::fromStdString(m_path), "--file", QString::fromStdString(file),
+                 "--list", QString::fromStdString(list), QString::fromStdString(sentence)});
+    if (!query.waitForFinished(60000) || query.exitCode() != 0) {
+        ADD_FAILURE() << "zandorel query failed: " << query.readAllStandardError().toStdString();
+        return {};
+    }
+    return query.readAllStandardOutput().toStdString();
 }
 
 }  // namespace journey

@@ -33,6 +33,8 @@ protected:
         whenModal([file](QWidget* window) {
             auto* files = qobject_cast<QFileDialog*>(window);
             ASSERT_NE(files, nullptr) << "the file choice was expected";
+            // The folder is listed as a user would see it before the name is typed.
+            QTest::qWait(300);
             auto* name = files->findChild<QLineEdit*>("fileNameEdit");
             ASSERT_NE(name, nullptr);
             name->setText(QString::fromStdString(file));
@@ -72,6 +74,8 @@ TEST_F(JourneyDay, JourneyATourneeSavedAfterPrintingAndCompanionScreensIsSeenEls
     ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
     ASSERT_TRUE(std::filesystem::exists(pdf));
     EXPECT_GT(std::filesystem::file_size(pdf), 0u);
+    // Another workstation reads meanwhile.
+    EXPECT_EQ(elsewhere("SSIADCARACTTOURNEE", "0", "SELECT SSIADCARACTTOURNEE AVEC 0 = \"001\""), "001\n");
 
     // "Annuler" leaves the tournée, then the day without one.
     clickOn(m_ctl->Cmd_Sortir);
