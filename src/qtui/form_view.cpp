@@ -40,9 +40,13 @@ FormView::FormView(toolkit::Form& form, Zoom zoom, QWidget* parent)
         create(*c);
     applyAll(form, this);
     m_form.setObserver(this);
+    m_focusWatch = connect(qApp, &QApplication::focusChanged, this,
+                           [this](QWidget*, QWidget* now) { focusArrived(now); });
 }
 
 FormView::~FormView() {
+    // The widgets going away move Qt's focus while this view is no longer whole.
+    disconnect(m_focusWatch);
     m_form.setObserver(nullptr);
 }
 
@@ -74,7 +78,7 @@ QWidget* FormView::makeWidget(toolkit::Control& c, QWidget* parent) {
         case toolkit::Kind::Line:
             return new LineWidget(c, parent);
         case toolkit::Kind::TextBox:
-            if (static_cast<toolkit::TextBox&>(c).multiLine()) return new MultiLineWidget(*this, c, parent);
+            if (static_cast<toolkit::TextBox&>(c).multiLine()) return new MultiLineWidget(parent);
             return new TextBoxWidget(*this, c, parent);
         case toolkit::Kind::ComboBox:
             return new ComboWidget(*this, c, parent);
@@ -233,6 +237,7 @@ void FormView::apply(toolkit::Control& c, QWidget* w, toolkit::Property p) {
 void FormView::forward(const std::function<void()>& action) {
     // Input that arrives while the model handles earlier input waits its turn in the model's own order:
     // the model runs one event at a time, as the toolkit did.
+    ++m_busy;
     try {
         action();
     } catch (const base::Error& e) {
@@ -244,6 +249,7 @@ void FormView::forward(const std::function<void()>& action) {
         m_form.host().setScreenMousePointer(toolkit::kPointerDefault);
         m_form.setEnabled(true);
     }
+    --m_busy;
     syncFocus();
     if (afterInput) afterInput();
 }
@@ -253,7 +259,20 @@ void FormView::syncFocus() {
     if (!w || w == this) return;
     if (auto* combo = qobject_cast<QComboBox*>(w))
         w = combo->lineEdit() ? static_cast<QWidget*>(combo->lineEdit()) : w;
+    ++m_busy;
     if (!w->hasFocus() && w->isVisible() && w->isEnabled()) w->setFocus(Qt::OtherFocusReason);
+    --m_busy;
+}
+
+void FormView::focusArrived(QWidget* now) {
+    // Focus that Qt gives on its own (a click, the window coming back to the front after a dialog closed,
+    // a menu closing) is the user's move, and the model must hear of it: otherwise the next key goes to
+    // the box while the model still holds another control, and the focus is pulled back there after it.
+    if (m_busy > 0 || !now || !isAncestorOf(now)) return;
+    toolkit::Control* control = controlFor(now);
+    if (!control || control == &m_form || control == m_form.activeControl()) return;
+    if (!control->effectivelyEnabled() || !control->effectivelyVisible()) return;
+    forward([&] { toolkit::input::focus(*control); });
 }
 
 bool FormView::focusNextPrevChild(bool next) {

@@ -54,12 +54,15 @@ private:
     void applyAll(toolkit::Control& control, QWidget* widget);
     QWidget* makeWidget(toolkit::Control& control, QWidget* parent);
     QPoint toFormPixels(const QWidget* widget, QPoint pos) const;
+    void focusArrived(QWidget* now);
 
     toolkit::Form& m_form;
     Zoom m_zoom;
     std::unordered_map<const toolkit::Control*, QWidget*> m_widgets;
     std::unordered_map<const QWidget*, toolkit::Control*> m_controls;
-    bool m_forwarding = false;
+    // Input or a focus pull under way: focus that Qt moves meanwhile is the model's doing, not the user's.
+    int m_busy = 0;
+    QMetaObject::Connection m_focusWatch;
 };
 
 }  // namespace qtui

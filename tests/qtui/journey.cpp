@@ -18,6 +18,17 @@
 #include "shell/droits.h"
 
 namespace journey {
+namespace {
+
+// A click activates the window it lands in, once the click is in: an X server tells the window of its
+// focus after the press that asked for it.
+void activateFor(QWidget* w) {
+    if (w->window()->isActiveWindow()) return;
+    QApplication::setActiveWindow(w->window());
+    QTest::qWait(1);
+}
+
+}  // namespace
 
 std::filesystem::path Journey::templatePath() {
     return std::filesystem::temp_directory_path() /
@@ -95,10 +106,13 @@ void Journey::typeInto(const toolkit::Control& box, const QString& text) {
     QWidget* w = widgetOf(box);
     ASSERT_NE(w, nullptr) << box.name();
     QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(w->width() - 4, w->height() / 2));
+    activateFor(w);
     // The keys go where the focus is, as the user's keyboard sends them.
     for (QChar c : text) {
         QWidget* target = QApplication::focusWidget() ? QApplication::focusWidget() : w;
         QTest::keyClick(target, c.toLatin1());
+        // A hand types a few keys a second: what the screen does meanwhile runs between them.
+        QTest::qWait(20);
     }
 }
 
@@ -107,6 +121,7 @@ void Journey::clickOn(const toolkit::Control& control) {
     ASSERT_NE(w, nullptr) << control.name();
     ASSERT_TRUE(w->isVisible() && w->isEnabled()) << control.name() << " cannot be clicked";
     QTest::mouseClick(w, Qt::LeftButton);
+    activateFor(w);
 }
 
 void Journey::chooseIn(const toolkit::Control& control, const QString& entry) {
@@ -124,6 +139,7 @@ void Journey::popupEntry(const toolkit::Control& label, const QString& entry,
                          std::function<void(qtui::FormView&)> inForm) {
     QWidget* w = widgetOf(label);
     ASSERT_NE(w, nullptr) << label.name();
+    activateFor(w);
     whenModal([entry](QWidget* popup) {
         auto* menu = qobject_cast<QMenu*>(popup);
         ASSERT_NE(menu, nullptr) << "a pop-up menu was expected";

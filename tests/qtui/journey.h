@@ -49,7 +49,8 @@ protected:
 
     // A click into the box, then each character as a key.
     void typeInto(const toolkit::Control& box, const QString& text);
-    // A left click in the middle of the control's widget.
+    // A left click in the middle of the control's widget. Clicks activate the window they land in, as
+    // the desktop's window manager does.
     void clickOn(const toolkit::Control& control);
     // Opens the combo box's list and clicks the entry.
     void chooseIn(const toolkit::Control& combo, const QString& entry);

@@ -127,5 +127,48 @@ TEST_F(JourneyDay, JourneyAValidationThroughTheAnomalyListIsSeenElsewhereAtOnce)
     EXPECT_NE(seen.find("001" + aide), std::string::npos) << seen;
 }
 
+// Each screen that opens over the planning screen, closed: the code typed next lands whole in its box.
+TEST_F(JourneyDay, JourneyNoKeystrokeIsLostAfterADialogCloses) {
+    struct Row {
+        const char* name;
+        std::function<void()> openAndClose;
+    } const rows[] = {
+        {"tournée characteristics",
+         [this] {
+             inDialog([this](qtui::FormView& view) {
+                 clickOn(static_cast<control::Frm_SsiadCaractTournee&>(view.form()).Cmd_Fermer);
+             });
+             clickOn(m_ctl->Cmd_Tournee);
+         }},
+        {"management elements",
+         [this] {
+             clickOn(m_ctl->Cmd_Affichage);
+             popupEntry(firstLabel(*m_ctl), "Eléments de gestion SSIAD", [this](qtui::FormView& view) {
+                 clickOn(static_cast<control::Frm_ElemGestSSIAD&>(view.form()).Cmd_Fermer);
+             });
+         }},
+        {"a message box",
+         [this] {
+             answerBox("OK");
+             typeInto(m_ctl->Txt_CodeTournee, "999");
+         }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        row.openAndClose();
+        ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+        QTest::qWait(50);
+        QWidget* box = widgetOf(m_ctl->Txt_CodeTournee);
+        typeInto(m_ctl->Txt_CodeTournee, "001");
+        EXPECT_EQ(m_ctl->Txt_CodeTournee.text(), "001");
+        EXPECT_EQ(QApplication::focusWidget(), box);
+        // Back to a screen without a tournée for the next row.
+        QTest::keyClick(box, Qt::Key_Backspace);
+        QTest::keyClick(box, Qt::Key_Backspace);
+        QTest::keyClick(box, Qt::Key_Backspace);
+        ASSERT_EQ(m_ctl->Txt_CodeTournee.text(), "");
+    }
+}
+
 }  // namespace
 }  // namespace journey
