@@ -52,8 +52,16 @@ FormView::~FormView() {
 
 void FormView::setZoom(Zoom zoom) {
     m_zoom = zoom;
-    for (auto& [control, widget] : m_widgets)
-        applyAll(*const_cast<toolkit::Control*>(control), widget);
+    // Only sizes and fonts follow the zoom. The widgets were stacked as they were made; raising them again
+    // in any other order buries controls under the frames drawn behind them, as the legend of acts was.
+    using P = toolkit::Property;
+    apply(m_form, this, P::Geometry);
+    for (toolkit::Control* c : m_form.controls()) {
+        if (QWidget* w = widgetFor(c)) {
+            apply(*c, w, P::Font);
+            apply(*c, w, P::Geometry);
+        }
+    }
 }
 
 QWidget* FormView::widgetFor(const toolkit::Control* control) const {

@@ -170,5 +170,44 @@ TEST_F(JourneyDay, JourneyNoKeystrokeIsLostAfterADialogCloses) {
     }
 }
 
+// The controls of the screen from bottom to top, parent by parent.
+std::string stacking(const qtui::FormView& view, const QWidget* parent) {
+    std::string out;
+    for (const QObject* child : parent->children()) {
+        const auto* w = qobject_cast<const QWidget*>(child);
+        const toolkit::Control* c = w ? view.controlFor(w) : nullptr;
+        if (!c || view.widgetFor(c) != w) continue;
+        out += c->name() + (c->index() >= 0 ? "(" + std::to_string(c->index()) + ")" : "") + " ";
+        const std::string inside = stacking(view, w);
+        if (!inside.empty()) out += "[ " + inside + "] ";
+    }
+    return out;
+}
+
+// The legend and every other control stay on top of what they stood on, whatever the zoom.
+TEST_F(JourneyDay, JourneyAZoomChangeKeepsTheLegendOfActs) {
+    const std::string before = stacking(m_window->view(), &m_window->view());
+    for (const char* zoom : {"Zoom 150 %", "Zoom 100 %", "Zoom 200 %"}) {
+        SCOPED_TRACE(zoom);
+        QAction* entry = menuAction("Affichage", zoom);
+        ASSERT_NE(entry, nullptr);
+        entry->trigger();
+        QTest::qWait(20);
+        EXPECT_EQ(stacking(m_window->view(), &m_window->view()), before);
+        const std::vector<const toolkit::Control*> legend = {
+            &m_ctl->Etq_Infirmier, &m_ctl->Lst_Infirmier, &m_ctl->Etq_Soignant, &m_ctl->Lst_Soignant,
+            &m_ctl->Etq_Mixte,     &m_ctl->Lst_Mixte,     &m_ctl->Frame1};
+        for (const toolkit::Control* c : legend) {
+            QWidget* w = widgetOf(*c);
+            ASSERT_NE(w, nullptr);
+            const QPoint centre = w->mapTo(&m_window->view(), QPoint(w->width() / 2, w->height() * 3 / 4));
+            QWidget* shown = m_window->view().childAt(centre);
+            EXPECT_TRUE(shown == w || w->isAncestorOf(shown))
+                << c->name() << " is hidden under "
+                << (m_window->view().controlFor(shown) ? m_window->view().controlFor(shown)->name() : "?");
+        }
+    }
+}
+
 }  // namespace
 }  // namespace journey
