@@ -4,6 +4,7 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QMouseEvent>
+#include <algorithm>
 
 #include "base/error.h"
 #include "qtui/widgets.h"
@@ -62,6 +63,34 @@ void FormView::setZoom(Zoom zoom) {
             apply(*c, w, P::Geometry);
         }
     }
+}
+
+void FormView::setSizing(Sizing sizing) {
+    m_sizing = sizing;
+    if (sizing == Sizing::FollowsSize) {
+        setMinimumSize(0, 0);
+        setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    }
+    apply(m_form, this, toolkit::Property::Geometry);
+}
+
+QSize FormView::sizeHint() const {
+    return {m_zoom.px(m_form.width()), m_zoom.px(m_form.height())};
+}
+
+void FormView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (m_sizing != Sizing::FollowsSize || m_form.width() <= 0 || m_form.height() <= 0) return;
+    // The largest zoom at which the whole form fits. A zoom whose form already fills the view to the
+    // pixel is kept, so that a size made from a zoom gives that zoom back.
+    const double fits =
+        std::max(1.0, std::min(width() * 15.0 / m_form.width(), height() * 15.0 / m_form.height()));
+    const bool filled = sizeHint().width() <= width() && sizeHint().height() <= height() &&
+                        (width() - sizeHint().width() < 2 || height() - sizeHint().height() < 2);
+    if (filled && fits >= m_zoom.factor()) return;
+    setZoom(Zoom(fits));
+    if (onZoomFollowed) onZoomFollowed(m_zoom);
 }
 
 QWidget* FormView::widgetFor(const toolkit::Control* control) const {
@@ -156,7 +185,13 @@ void FormView::apply(toolkit::Control& c, QWidget* w, toolkit::Property p) {
                 QRect box = QRect(a, b).normalized().adjusted(0, 0, 1, 1);
                 static_cast<LineWidget*>(w)->place(box, a - box.topLeft(), b - box.topLeft());
             } else if (c.kind() == K::Form) {
-                setFixedSize(m_zoom.px(c.width()), m_zoom.px(c.height()));
+                if (m_sizing == Sizing::Fixed) {
+                    setFixedSize(m_zoom.px(c.width()), m_zoom.px(c.height()));
+                } else {
+                    const Zoom full(1.0);
+                    setMinimumSize(full.px(c.width()), full.px(c.height()));
+                    updateGeometry();
+                }
             } else {
                 w->setGeometry(m_zoom.rect(c));
             }

@@ -209,5 +209,41 @@ TEST_F(JourneyDay, JourneyAZoomChangeKeepsTheLegendOfActs) {
     }
 }
 
+// The window is made larger by hand, then given a zoom from the menu: the screen scales as a whole.
+TEST_F(JourneyDay, JourneyTheZoomFollowsTheSizeOfTheWindow) {
+    typeInto(m_ctl->Txt_CodeTournee, "001");
+    clickOn(m_ctl->Cmd_Affichage);
+    qtui::FormView& view = m_window->view();
+    struct Row {
+        const char* name;
+        std::function<void()> act;
+        double zoom;
+    } const rows[] = {
+        {"enlarged by hand to 150 %",
+         [&] { m_window->resize(m_window->size() - view.size() + QSize(1136, 711)); }, 1136 * 15.0 / 11355},
+        {"wider than high", [&] { m_window->resize(m_window->size() - view.size() + QSize(1800, 711)); },
+         711 * 15.0 / 7110},
+        {"the menu's 125 %", [&] { menuAction("Affichage", "Zoom 125 %")->trigger(); }, 1.25},
+        {"the menu's 200 %", [&] { menuAction("Affichage", "Zoom 200 %")->trigger(); }, 2.0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        row.act();
+        QTest::qWait(50);
+        EXPECT_NEAR(view.zoom().factor(), row.zoom, 0.002);
+        const qtui::Zoom z(view.zoom().factor());
+        for (const toolkit::Control* c : std::vector<const toolkit::Control*>{
+                 &m_ctl->Cmd_Affichage, &m_ctl->Frame1, &m_ctl->Etq_Infirmier, &m_ctl->Cbo_Date,
+                 &m_ctl->Etq_Aide(std::stoi(m_ctl->TabTempoDetail(1, 1)))}) {
+            EXPECT_EQ(widgetOf(*c)->geometry(), z.rect(*c)) << c->name();
+            EXPECT_EQ(widgetOf(*c)->font().pixelSize(), z.font(*c).pixelSize()) << c->name();
+        }
+        EXPECT_GE(view.width(), z.px(m_ctl->UserControl.width()));
+        EXPECT_GE(view.height(), z.px(m_ctl->UserControl.height()));
+    }
+    EXPECT_TRUE(menuAction("Affichage", "Zoom 200 %")->isChecked());
+    EXPECT_FALSE(menuAction("Affichage", "Zoom 125 %")->isChecked());
+}
+
 }  // namespace
 }  // namespace journey
