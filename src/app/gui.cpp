@@ -1,12 +1,18 @@
 #include "app/gui.h"
 
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <QApplication>
 #include <QDir>
 #include <QFont>
 #include <QFontDatabase>
 #include <QMessageBox>
 #include <QScreen>
+#include <QSessionManager>
+#include <QSocketNotifier>
 #include <QStandardPaths>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -19,6 +25,7 @@
 #include "qtui/main_window.h"
 #include "qtui/printers.h"
 #include "qtui/traductions.h"
+#include "qtui/transaction_guard.h"
 #include "shell/ctr_zandorel.h"
 
 namespace app {
@@ -45,6 +52,33 @@ std::shared_ptr<mvdb::Database> openOrCreate(const GuiOptions& o, const base::Cl
     auto db = openDatabase(path, mvdb::OpenMode::CreateIfMissing, clock);
     if (fresh) writeDemoService(*db, DemoOptions{clock.today(), 40, 60, 1});
     return db;
+}
+
+// SIGTERM and SIGINT end the program as leaving it does, so that the database is closed and nothing
+// committed waits in its journal. A handler may only write to a pipe; the event loop reads it.
+int g_signalPipe[2] = {-1, -1};
+
+void onSignal(int) {
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t written = ::write(g_signalPipe[1], &byte, 1);
+}
+
+void quitOnSignals(QObject* owner) {
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, g_signalPipe) != 0) return;
+    auto* notifier = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, owner);
+    QObject::connect(notifier, &QSocketNotifier::activated, owner, [] {
+        char byte = 0;
+        [[maybe_unused]] const ssize_t read = ::read(g_signalPipe[0], &byte, 1);
+        // exit, not quit: quit would ask each window to close, and the planning screen asks a question
+        // when a tournée has changes. Every event loop ends, modal ones included.
+        QCoreApplication::exit(0);
+    });
+    struct sigaction action {};
+    action.sa_handler = onSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGTERM, &action, nullptr);
+    ::sigaction(SIGINT, &action, nullptr);
 }
 
 }  // namespace
@@ -94,11 +128,33 @@ int runGui(const GuiOptions& o, int argc, char** argv) {
             .toStdString());
     host.setPdfPrinter(printers->pdfPrinter());
     ctl.setPrinters(printers);
+#ifdef ZANDOREL_GUARD_TRANSACTIONS
+    qtui::TransactionGuard guard([&db] { return db ? db->store().openTransaction() : std::string(); });
+#endif
     qtui::MainWindow window(ctl, host, zoom);
+    quitOnSignals(&window);
+    // The end of the desktop session: the planner is asked about a changed tournée when the session
+    // allows it, and may keep the session from ending.
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
+                     [&](QSessionManager& session) {
+                         if (ctl.W_Sortir || !session.allowsInteraction()) return;
+                         if (!window.close()) session.cancel();
+                         session.release();
+                     });
+    // However the program ends, the control lets go of its files and the database is closed.
+    bool termine = false;
+    auto terminer = [&] {
+        if (termine) return;
+        termine = true;
+        ctl.UserControl_Terminate();
+        ctl.setTheDatabase(nullptr);
+        db.reset();
+    };
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &window, terminer);
     window.show();
     window.start();
     int code = QApplication::exec();
-    ctl.UserControl_Terminate();
+    terminer();
     return code;
 }
 

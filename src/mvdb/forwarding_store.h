@@ -40,6 +40,7 @@ public:
     void commit() override { m_inner->commit(); }
     void rollback() override { m_inner->rollback(); }
     bool inTransaction() const override { return m_inner->inTransaction(); }
+    std::string openTransaction() const override { return m_inner->openTransaction(); }
     void beginRead() override { m_inner->beginRead(); }
     void endRead() override { m_inner->endRead(); }
 

@@ -190,6 +190,13 @@ void IndexedStore::rollback() {
     rollbackTransaction();
 }
 
+std::string IndexedStore::openTransaction() const {
+    if (m_inTransaction) return "une transaction d'écriture";
+    if (m_readers > 0) return std::to_string(m_readers) + " lecture(s) cohérente(s) non terminée(s)";
+    if (m_snapshot) return "une lecture cohérente";
+    return engineOpenWork();
+}
+
 void IndexedStore::beginRead() {
     if (m_readers++ > 0 || m_inTransaction) return;
     beginSnapshot();

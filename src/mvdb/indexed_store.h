@@ -36,6 +36,7 @@ public:
     void commit() override;
     void rollback() override;
     bool inTransaction() const override { return m_inTransaction; }
+    std::string openTransaction() const override;
     void beginRead() override;
     void endRead() override;
 
@@ -109,6 +110,11 @@ protected:
     virtual void rollbackTransaction() = 0;
     // True while the engine holds a transaction open: a failed commit may or may not have ended it.
     virtual bool transactionOpen() const = 0;
+    // What the engine holds open that the store's own state does not show (a statement never reset,
+    // a transaction begun outside the store); empty when nothing.
+    virtual std::string engineOpenWork() const {
+        return transactionOpen() ? "une transaction ouverte hors de la base" : "";
+    }
     // The read transaction of a consistent read: one view of the database from its first read on.
     virtual void beginSnapshot() = 0;
     virtual void endSnapshotTransaction() = 0;

@@ -433,6 +433,14 @@ bool SqliteStore::transactionOpen() const {
     return sqlite3_get_autocommit(m_db) == 0;
 }
 
+std::string SqliteStore::engineOpenWork() const {
+    // A statement stepped and never reset keeps a read transaction of its own.
+    for (sqlite3_stmt* s = sqlite3_next_stmt(m_db, nullptr); s; s = sqlite3_next_stmt(m_db, s)) {
+        if (sqlite3_stmt_busy(s)) return std::string("l'instruction non terminée « ") + sqlite3_sql(s) + " »";
+    }
+    return IndexedStore::engineOpenWork();
+}
+
 void SqliteStore::beginSnapshot() {
     // Deferred: in WAL mode the first read fixes the snapshot and no writer is ever kept waiting.
     execute("BEGIN");

@@ -55,6 +55,7 @@ protected:
     void commitTransaction() override;
     void rollbackTransaction() override;
     bool transactionOpen() const override;
+    std::string engineOpenWork() const override;
     void beginSnapshot() override;
     void endSnapshotTransaction() override;
     // A failed statement is undone alone; the transaction goes on.

@@ -68,6 +68,12 @@ public:
     virtual void commit() = 0;
     virtual void rollback() = 0;
     virtual bool inTransaction() const = 0;
+    // What this connection holds open at this moment: empty when nothing, otherwise what it is (a
+    // transaction, reads still grouped, a statement not finished). Anything open while the program waits
+    // for its user hides writes from other planners, or keeps them waiting.
+    virtual std::string openTransaction() const {
+        return inTransaction() ? "une transaction d'écriture" : "";
+    }
 
     // Reads that must agree with one another, such as the queries of one display: from beginRead to
     // endRead every read sees the database as it was at one moment, whatever other planners commit

@@ -4,6 +4,7 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QMouseEvent>
+#include <algorithm>
 
 #include "base/error.h"
 #include "qtui/widgets.h"
@@ -40,16 +41,56 @@ FormView::FormView(toolkit::Form& form, Zoom zoom, QWidget* parent)
         create(*c);
     applyAll(form, this);
     m_form.setObserver(this);
+    m_focusWatch = connect(qApp, &QApplication::focusChanged, this,
+                           [this](QWidget*, QWidget* now) { focusArrived(now); });
 }
 
 FormView::~FormView() {
+    // The widgets going away move Qt's focus while this view is no longer whole.
+    disconnect(m_focusWatch);
     m_form.setObserver(nullptr);
 }
 
 void FormView::setZoom(Zoom zoom) {
     m_zoom = zoom;
-    for (auto& [control, widget] : m_widgets)
-        applyAll(*const_cast<toolkit::Control*>(control), widget);
+    // Only sizes and fonts follow the zoom. The widgets were stacked as they were made; raising them again
+    // in any other order buries controls under the frames drawn behind them, as the legend of acts was.
+    using P = toolkit::Property;
+    apply(m_form, this, P::Geometry);
+    for (toolkit::Control* c : m_form.controls()) {
+        if (QWidget* w = widgetFor(c)) {
+            apply(*c, w, P::Font);
+            apply(*c, w, P::Geometry);
+        }
+    }
+}
+
+void FormView::setSizing(Sizing sizing) {
+    m_sizing = sizing;
+    if (sizing == Sizing::FollowsSize) {
+        setMinimumSize(0, 0);
+        setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    }
+    apply(m_form, this, toolkit::Property::Geometry);
+}
+
+QSize FormView::sizeHint() const {
+    return {m_zoom.px(m_form.width()), m_zoom.px(m_form.height())};
+}
+
+void FormView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (m_sizing != Sizing::FollowsSize || m_form.width() <= 0 || m_form.height() <= 0) return;
+    // The largest zoom at which the whole form fits. A zoom whose form already fills the view to the
+    // pixel is kept, so that a size made from a zoom gives that zoom back.
+    const double fits =
+        std::max(1.0, std::min(width() * 15.0 / m_form.width(), height() * 15.0 / m_form.height()));
+    const bool filled = sizeHint().width() <= width() && sizeHint().height() <= height() &&
+                        (width() - sizeHint().width() < 2 || height() - sizeHint().height() < 2);
+    if (filled && fits >= m_zoom.factor()) return;
+    setZoom(Zoom(fits));
+    if (onZoomFollowed) onZoomFollowed(m_zoom);
 }
 
 QWidget* FormView::widgetFor(const toolkit::Control* control) const {
@@ -74,7 +115,7 @@ QWidget* FormView::makeWidget(toolkit::Control& c, QWidget* parent) {
         case toolkit::Kind::Line:
             return new LineWidget(c, parent);
         case toolkit::Kind::TextBox:
-            if (static_cast<toolkit::TextBox&>(c).multiLine()) return new MultiLineWidget(*this, c, parent);
+            if (static_cast<toolkit::TextBox&>(c).multiLine()) return new MultiLineWidget(parent);
             return new TextBoxWidget(*this, c, parent);
         case toolkit::Kind::ComboBox:
             return new ComboWidget(*this, c, parent);
@@ -144,7 +185,13 @@ void FormView::apply(toolkit::Control& c, QWidget* w, toolkit::Property p) {
                 QRect box = QRect(a, b).normalized().adjusted(0, 0, 1, 1);
                 static_cast<LineWidget*>(w)->place(box, a - box.topLeft(), b - box.topLeft());
             } else if (c.kind() == K::Form) {
-                setFixedSize(m_zoom.px(c.width()), m_zoom.px(c.height()));
+                if (m_sizing == Sizing::Fixed) {
+                    setFixedSize(m_zoom.px(c.width()), m_zoom.px(c.height()));
+                } else {
+                    const Zoom full(1.0);
+                    setMinimumSize(full.px(c.width()), full.px(c.height()));
+                    updateGeometry();
+                }
             } else {
                 w->setGeometry(m_zoom.rect(c));
             }
@@ -233,6 +280,7 @@ void FormView::apply(toolkit::Control& c, QWidget* w, toolkit::Property p) {
 void FormView::forward(const std::function<void()>& action) {
     // Input that arrives while the model handles earlier input waits its turn in the model's own order:
     // the model runs one event at a time, as the toolkit did.
+    ++m_busy;
     try {
         action();
     } catch (const base::Error& e) {
@@ -244,6 +292,7 @@ void FormView::forward(const std::function<void()>& action) {
         m_form.host().setScreenMousePointer(toolkit::kPointerDefault);
         m_form.setEnabled(true);
     }
+    --m_busy;
     syncFocus();
     if (afterInput) afterInput();
 }
@@ -253,7 +302,20 @@ void FormView::syncFocus() {
     if (!w || w == this) return;
     if (auto* combo = qobject_cast<QComboBox*>(w))
         w = combo->lineEdit() ? static_cast<QWidget*>(combo->lineEdit()) : w;
+    ++m_busy;
     if (!w->hasFocus() && w->isVisible() && w->isEnabled()) w->setFocus(Qt::OtherFocusReason);
+    --m_busy;
+}
+
+void FormView::focusArrived(QWidget* now) {
+    // Focus that Qt gives on its own (a click, the window coming back to the front after a dialog closed,
+    // a menu closing) is the user's move, and the model must hear of it: otherwise the next key goes to
+    // the box while the model still holds another control, and the focus is pulled back there after it.
+    if (m_busy > 0 || !now || !isAncestorOf(now)) return;
+    toolkit::Control* control = controlFor(now);
+    if (!control || control == &m_form || control == m_form.activeControl()) return;
+    if (!control->effectivelyEnabled() || !control->effectivelyVisible()) return;
+    forward([&] { toolkit::input::focus(*control); });
 }
 
 bool FormView::focusNextPrevChild(bool next) {

@@ -23,6 +23,13 @@ public:
     toolkit::Form& form() const { return m_form; }
     const Zoom& zoom() const { return m_zoom; }
     void setZoom(Zoom zoom);
+    // A view of fixed size shows the form at its zoom; a view that follows its size takes the largest
+    // zoom at which the whole form fits in it, and tells onZoomFollowed. Its size hint is the form at
+    // the current zoom, and it shrinks no further than the form at 100 %.
+    enum class Sizing { Fixed, FollowsSize };
+    void setSizing(Sizing sizing);
+    std::function<void(Zoom)> onZoomFollowed;
+    QSize sizeHint() const override;
     QWidget* widgetFor(const toolkit::Control* control) const;
     toolkit::Control* controlFor(const QWidget* widget) const;
 
@@ -43,6 +50,7 @@ public:
 
 protected:
     bool focusNextPrevChild(bool next) override;
+    void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -54,12 +62,16 @@ private:
     void applyAll(toolkit::Control& control, QWidget* widget);
     QWidget* makeWidget(toolkit::Control& control, QWidget* parent);
     QPoint toFormPixels(const QWidget* widget, QPoint pos) const;
+    void focusArrived(QWidget* now);
 
     toolkit::Form& m_form;
     Zoom m_zoom;
+    Sizing m_sizing = Sizing::Fixed;
     std::unordered_map<const toolkit::Control*, QWidget*> m_widgets;
     std::unordered_map<const QWidget*, toolkit::Control*> m_controls;
-    bool m_forwarding = false;
+    // Input or a focus pull under way: focus that Qt moves meanwhile is the model's doing, not the user's.
+    int m_busy = 0;
+    QMetaObject::Connection m_focusWatch;
 };
 
 }  // namespace qtui

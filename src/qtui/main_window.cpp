@@ -13,19 +13,24 @@ namespace qtui {
 MainWindow::MainWindow(control::Ctr_Zandorel& ctl, QtHost& host, Zoom zoom) : m_ctl(ctl), m_host(host) {
     setWindowTitle("Gestion des tournées SSIAD");
     m_view = new FormView(ctl.UserControl, zoom, this);
+    m_view->setSizing(FormView::Sizing::FollowsSize);
+    m_view->onZoomFollowed = [this](Zoom followed) { zoomFollowed(followed); };
     setCentralWidget(m_view);
     m_view->afterInput = [this] { leaveIfAsked(); };
     m_host.setWindow(this);
 
     QMenu* display = menuBar()->addMenu("&Affichage");
     auto* zooms = new QActionGroup(this);
+    // A size of the user's own is none of the entries.
+    zooms->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);
     for (int percent : {100, 125, 150, 175, 200, 250}) {
         QAction* action = display->addAction(QString("Zoom %1 %").arg(percent));
         action->setCheckable(true);
-        action->setChecked(std::abs(zoom.factor() * 100 - percent) < 1);
         zooms->addAction(action);
+        m_zooms.emplace_back(action, percent);
         connect(action, &QAction::triggered, this, [this, percent] { setZoom(percent / 100.0); });
     }
+    zoomFollowed(zoom);
     QMenu* help = menuBar()->addMenu(QString::fromStdString(ctl.Mnu_Aide.caption()));
     QAction* contents = help->addAction(QString::fromStdString(ctl.Mnu_Sommaire.caption()));
     connect(contents, &QAction::triggered, this,
@@ -37,10 +42,18 @@ void MainWindow::start() {
 }
 
 void MainWindow::setZoom(double factor) {
-    Zoom zoom(factor);
-    m_host.setZoom(zoom);
+    const Zoom zoom(factor);
     m_view->setZoom(zoom);
-    adjustSize();
+    zoomFollowed(zoom);
+    if (isMaximized() || isFullScreen()) showNormal();
+    // The window takes the size of the screen at that zoom; what is around the screen stays as it is.
+    resize(size() - m_view->size() + m_view->sizeHint());
+}
+
+void MainWindow::zoomFollowed(Zoom zoom) {
+    m_host.setZoom(zoom);
+    for (auto& [action, percent] : m_zooms)
+        action->setChecked(std::abs(zoom.factor() * 100 - percent) < 0.5);
 }
 
 void MainWindow::leaveIfAsked() {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QMainWindow>
+#include <utility>
+#include <vector>
 
 #include "qtui/form_view.h"
 #include "qtui/qt_host.h"
@@ -11,8 +13,9 @@ class Ctr_Zandorel;
 
 namespace qtui {
 
-// The host's window: it carries the control, offers the zoom, and closes when the control says the
-// user has left (W_Sortir).
+// The host's window: it carries the control, and closes when the control says the user has left
+// (W_Sortir). It can be resized, and the screen's zoom follows its size; the zoom entries of its menu
+// give the window the size of that zoom.
 class MainWindow : public QMainWindow {
 public:
     MainWindow(control::Ctr_Zandorel& ctl, QtHost& host, Zoom zoom);
@@ -25,11 +28,13 @@ protected:
 
 private:
     void setZoom(double factor);
+    void zoomFollowed(Zoom zoom);
     void leaveIfAsked();
 
     control::Ctr_Zandorel& m_ctl;
     QtHost& m_host;
     FormView* m_view;
+    std::vector<std::pair<QAction*, int>> m_zooms;  // entry, percent
 };
 
 }  // namespace qtui

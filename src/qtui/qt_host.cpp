@@ -1,5 +1,6 @@
 #include "qtui/qt_host.h"
 
+#include <QAbstractFileIconProvider>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QCursor>
@@ -57,6 +58,32 @@ private:
     toolkit::Form& m_form;
     FormView* m_view;
 };
+
+// Tells files apart by their name alone. Qt's own provider opens a file whose name it does not know to
+// read its type. Opening and closing the database's own files that way drops this process's locks on
+// them (POSIX locks belong to the process, and any close of the file releases them all); another
+// workstation then takes the database for unused, folds its journal in and removes it from under the
+// screen, whose later writes go to the removed journal where nobody sees them.
+class IconesSansLecture : public QAbstractFileIconProvider {
+public:
+    using QAbstractFileIconProvider::icon;
+    QIcon icon(const QFileInfo& info) const override { return icon(info.isDir() ? Folder : File); }
+    QString type(const QFileInfo& info) const override {
+        if (info.isDir()) return "Dossier";
+        return info.suffix().isEmpty() ? QString("Fichier") : "Fichier " + info.suffix();
+    }
+};
+
+// Where a PDF goes: Qt's own file dialog, with icons that never open a file.
+QString fichierPdf(QWidget* parent, const QString& propose) {
+    QFileDialog dialogue(parent, "Enregistrer le PDF", propose, "PDF (*.pdf)");
+    dialogue.setAcceptMode(QFileDialog::AcceptSave);
+    dialogue.setOption(QFileDialog::DontUseNativeDialog);
+    IconesSansLecture icones;
+    dialogue.setIconProvider(&icones);
+    if (dialogue.exec() != QDialog::Accepted || dialogue.selectedFiles().isEmpty()) return {};
+    return dialogue.selectedFiles().front();
+}
 
 // The printer choice: the printers by name, the system's default first chosen, and the copies.
 class ChoixImprimante : public QDialog {
@@ -213,8 +240,7 @@ int QtHost::ChoosePrinter(const std::vector<std::string>& devices, const std::st
     const bool pdf = choisi && m_pdf && devices[static_cast<std::size_t>(dialog.index())] == kFichierPdf;
     QString fichier;
     if (pdf) {
-        fichier = QFileDialog::getSaveFileName(m_window, "Enregistrer le PDF",
-                                               QString::fromStdString(m_pdf->path()), "PDF (*.pdf)");
+        fichier = fichierPdf(m_window, QString::fromStdString(m_pdf->path()));
     }
     QApplication::restoreOverrideCursor();
     if (!choisi || (pdf && fichier.isEmpty())) return -1;

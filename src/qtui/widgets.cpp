@@ -208,18 +208,12 @@ void TextBoxWidget::keyPressEvent(QKeyEvent* e) {
     tellCaret();
 }
 
-void TextBoxWidget::focusInEvent(QFocusEvent* e) {
-    QLineEdit::focusInEvent(e);
-    if (e->reason() == Qt::MouseFocusReason) m_view.forward([&] { toolkit::input::focus(m_control); });
-}
-
 void TextBoxWidget::mouseReleaseEvent(QMouseEvent* e) {
     QLineEdit::mouseReleaseEvent(e);
     tellCaret();
 }
 
-MultiLineWidget::MultiLineWidget(FormView& view, toolkit::Control& control, QWidget* parent)
-    : QPlainTextEdit(parent), m_view(view), m_control(control) {
+MultiLineWidget::MultiLineWidget(QWidget* parent) : QPlainTextEdit(parent) {
     setReadOnly(true);
     setLineWrapMode(QPlainTextEdit::NoWrap);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
@@ -228,11 +222,6 @@ MultiLineWidget::MultiLineWidget(FormView& view, toolkit::Control& control, QWid
 void MultiLineWidget::mirrorText(const QString& text) {
     QString shown = QString(text).replace("\r\n", "\n");
     if (toPlainText() != shown) setPlainText(shown);
-}
-
-void MultiLineWidget::focusInEvent(QFocusEvent* e) {
-    QPlainTextEdit::focusInEvent(e);
-    if (e->reason() == Qt::MouseFocusReason) m_view.forward([&] { toolkit::input::focus(m_control); });
 }
 
 ListWidget::ListWidget(FormView& view, toolkit::Control& control, QWidget* parent) : QListWidget(parent) {
@@ -299,16 +288,7 @@ bool ComboWidget::eventFilter(QObject* watched, QEvent* event) {
         if (forwardKey(m_view, m_control, key)) return true;
         return key->matches(QKeySequence::Paste) || key->matches(QKeySequence::Cut);
     }
-    if (watched == lineEdit() && event->type() == QEvent::FocusIn &&
-        static_cast<QFocusEvent*>(event)->reason() == Qt::MouseFocusReason) {
-        m_view.forward([&] { toolkit::input::focus(m_control); });
-    }
     return QComboBox::eventFilter(watched, event);
-}
-
-void ComboWidget::focusInEvent(QFocusEvent* e) {
-    QComboBox::focusInEvent(e);
-    if (e->reason() == Qt::MouseFocusReason) m_view.forward([&] { toolkit::input::focus(m_control); });
 }
 
 ButtonWidget::ButtonWidget(FormView& view, toolkit::Control& control, QWidget* parent)

@@ -80,7 +80,6 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* e) override;
-    void focusInEvent(QFocusEvent* e) override;
     void mouseReleaseEvent(QMouseEvent* e) override;
 
 private:
@@ -92,15 +91,8 @@ private:
 // A multi-line text box with its vertical scroll bar: read and scrolled, its text the model's alone.
 class MultiLineWidget : public QPlainTextEdit {
 public:
-    MultiLineWidget(FormView& view, toolkit::Control& control, QWidget* parent);
+    explicit MultiLineWidget(QWidget* parent);
     void mirrorText(const QString& text);
-
-protected:
-    void focusInEvent(QFocusEvent* e) override;
-
-private:
-    FormView& m_view;
-    toolkit::Control& m_control;
 };
 
 // A list box: its items and selection are the model's; a click selects through the model, which fires
@@ -122,7 +114,6 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void focusInEvent(QFocusEvent* e) override;
 
 private:
     FormView& m_view;

@@ -1,0 +1,249 @@
+// A planner's day in the real window: each journey drives the widgets as a user would and checks, after
+// every step that writes, what another workstation sees of it.
+#include "journey.h"
+
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include "companions/companions.h"
+
+namespace journey {
+namespace {
+
+// The first waiting label of the screen.
+const toolkit::Label& firstLabel(const control::Ctr_Zandorel& c) {
+    for (toolkit::Control* label : c.Etq_Aide.elements()) {
+        if (label->index() > 0) return static_cast<const toolkit::Label&>(*label);
+    }
+    return c.Etq_Aide(0);
+}
+
+class JourneyDay : public Journey {
+protected:
+    // The printer choice and then the file: a PDF in the journey's folder.
+    void answerPrinterWithPdf(const std::string& file) {
+        whenModal([](QWidget* choice) {
+            for (QPushButton* b : choice->findChildren<QPushButton*>()) {
+                if (b->text() == "OK") return QTest::mouseClick(b, Qt::LeftButton);
+            }
+            FAIL() << "no OK in the printer choice";
+        });
+        whenModal([file](QWidget* window) {
+            auto* files = qobject_cast<QFileDialog*>(window);
+            ASSERT_NE(files, nullptr) << "the file choice was expected";
+            // The folder is listed as a user would see it before the name is typed.
+            QTest::qWait(300);
+            auto* name = files->findChild<QLineEdit*>("fileNameEdit");
+            ASSERT_NE(name, nullptr);
+            name->setText(QString::fromStdString(file));
+            QMetaObject::invokeMethod(files, "accept");
+        });
+    }
+    // "..." then Nouvelle, the fields of tournée `code`, Enregistrer and Fermer.
+    void createTournee(const QString& code) {
+        inDialog([this, code](qtui::FormView& view) {
+            auto& form = static_cast<control::Frm_SsiadCaractTournee&>(view.form());
+            clickOn(form.Cmd_Nouveau);
+            typeInto(form.Txt_Code, code);
+            typeInto(form.Txt_Libelle, "ESSAI " + code);
+            typeInto(form.Txt_Jour, "0");
+            typeInto(form.Txt_HeureDebut, "8");
+            typeInto(form.Txt_MinuteDebut, "00");
+            typeInto(form.Txt_HeureFin, "12");
+            typeInto(form.Txt_MinuteFin, "00");
+            typeInto(form.Txt_Type, "I");
+            typeInto(form.Txt_Secteurs, "1");
+            clickOn(form.Cmd_Enregistrer);
+            clickOn(form.Cmd_Fermer);
+        });
+        clickOn(m_ctl->Cmd_Tournee);
+    }
+};
+
+TEST_F(JourneyDay, JourneyATourneeSavedAfterPrintingAndCompanionScreensIsSeenElsewhereAtOnce) {
+    typeInto(m_ctl->Txt_CodeTournee, "001");
+    ASSERT_EQ(m_ctl->Txt_CodeTournee.text(), "001");
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_TRUE(waitFor([&] { return m_ctl->Etq_Aide.Count() > 1 && answersUsed(); }));
+
+    const std::string pdf = (m_folder / "001.pdf").string();
+    answerPrinterWithPdf(pdf);
+    clickOn(m_ctl->Cmd_Imprimer);
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    ASSERT_TRUE(std::filesystem::exists(pdf));
+    EXPECT_GT(std::filesystem::file_size(pdf), 0u);
+    // Another workstation reads meanwhile.
+    EXPECT_EQ(elsewhere("SSIADCARACTTOURNEE", "0", "SELECT SSIADCARACTTOURNEE AVEC 0 = \"001\""), "001\n");
+
+    // "Annuler" leaves the tournée, then the day without one.
+    clickOn(m_ctl->Cmd_Sortir);
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_GT(m_ctl->Etq_Aide.Count(), 1);
+
+    const toolkit::Label& label = firstLabel(*m_ctl);
+    popupEntry(label, "Eléments de gestion SSIAD", [this](qtui::FormView& view) {
+        clickOn(static_cast<control::Frm_ElemGestSSIAD&>(view.form()).Cmd_Fermer);
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    popupEntry(label, "Dossier Aide", [this](qtui::FormView& view) {
+        clickOn(static_cast<control::Frm_DossierAide&>(view.form()).Cmd_Fermer);
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+
+    createTournee("091");
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    EXPECT_EQ(elsewhere("SSIADCARACTTOURNEE", "0 1", "SELECT SSIADCARACTTOURNEE AVEC 0 = \"091\""),
+              "091\tESSAI 091\n");
+}
+
+TEST_F(JourneyDay, JourneyAValidationThroughTheAnomalyListIsSeenElsewhereAtOnce) {
+    typeInto(m_ctl->Txt_CodeTournee, "001");
+    chooseIn(m_ctl->Cbo_Date, "30/11/2026");
+    ASSERT_EQ(m_ctl->Cbo_Date.text(), "30/11/2026");
+    QTest::qWait(50);
+    clickOn(m_ctl->Cmd_Affichage);
+    QTest::qWait(50);
+    ASSERT_GT(m_ctl->Etq_Aide.Count(), 1);
+    // A waiting label dropped at 11h00 in the detail pane.
+    const int index = std::stoi(m_ctl->TabTempoAide(1, 1));
+    const toolkit::Label& label = m_ctl->Etq_Aide(index);
+    const std::string aide = label.tag().substr(0, 5);
+    const qtui::Zoom z(1.0);
+    dragLabel(label, QPoint(10, 10), QPoint(150, z.px(760 + 5 * 4 * m_ctl->PasQuartHeure)));
+    QTest::qWait(50);
+    ASSERT_EQ(label.left(), 760);
+    inDialog([this](qtui::FormView& view) {
+        ASSERT_EQ(view.form().name(), "Frm_Anomalies");
+        clickOn(*view.form().find("Cmd_Ok"));
+    });
+    clickOn(m_ctl->Cmd_Ok);
+    QTest::qWait(50);
+    // 30/11/2026 is internal day 21519.
+    const std::string seen =
+        elsewhere("SSIADTOURNEE", "0",
+                  "SELECT SSIADTOURNEE AVEC CodeTournee = \"001\" AND AVEC DateTournee = \"21519\"");
+    EXPECT_NE(seen.find("001" + aide), std::string::npos) << seen;
+}
+
+// Each screen that opens over the planning screen, closed: the code typed next lands whole in its box.
+TEST_F(JourneyDay, JourneyNoKeystrokeIsLostAfterADialogCloses) {
+    struct Row {
+        const char* name;
+        std::function<void()> openAndClose;
+    } const rows[] = {
+        {"tournée characteristics",
+         [this] {
+             inDialog([this](qtui::FormView& view) {
+                 clickOn(static_cast<control::Frm_SsiadCaractTournee&>(view.form()).Cmd_Fermer);
+             });
+             clickOn(m_ctl->Cmd_Tournee);
+         }},
+        {"management elements",
+         [this] {
+             clickOn(m_ctl->Cmd_Affichage);
+             popupEntry(firstLabel(*m_ctl), "Eléments de gestion SSIAD", [this](qtui::FormView& view) {
+                 clickOn(static_cast<control::Frm_ElemGestSSIAD&>(view.form()).Cmd_Fermer);
+             });
+         }},
+        {"a message box",
+         [this] {
+             answerBox("OK");
+             typeInto(m_ctl->Txt_CodeTournee, "999");
+         }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        row.openAndClose();
+        ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+        QTest::qWait(50);
+        QWidget* box = widgetOf(m_ctl->Txt_CodeTournee);
+        typeInto(m_ctl->Txt_CodeTournee, "001");
+        EXPECT_EQ(m_ctl->Txt_CodeTournee.text(), "001");
+        EXPECT_EQ(QApplication::focusWidget(), box);
+        // Back to a screen without a tournée for the next row.
+        QTest::keyClick(box, Qt::Key_Backspace);
+        QTest::keyClick(box, Qt::Key_Backspace);
+        QTest::keyClick(box, Qt::Key_Backspace);
+        ASSERT_EQ(m_ctl->Txt_CodeTournee.text(), "");
+    }
+}
+
+// The controls of the screen from bottom to top, parent by parent.
+std::string stacking(const qtui::FormView& view, const QWidget* parent) {
+    std::string out;
+    for (const QObject* child : parent->children()) {
+        const auto* w = qobject_cast<const QWidget*>(child);
+        const toolkit::Control* c = w ? view.controlFor(w) : nullptr;
+        if (!c || view.widgetFor(c) != w) continue;
+        out += c->name() + (c->index() >= 0 ? "(" + std::to_string(c->index()) + ")" : "") + " ";
+        const std::string inside = stacking(view, w);
+        if (!inside.empty()) out += "[ " + inside + "] ";
+    }
+    return out;
+}
+
+// The legend and every other control stay on top of what they stood on, whatever the zoom.
+TEST_F(JourneyDay, JourneyAZoomChangeKeepsTheLegendOfActs) {
+    const std::string before = stacking(m_window->view(), &m_window->view());
+    for (const char* zoom : {"Zoom 150 %", "Zoom 100 %", "Zoom 200 %"}) {
+        SCOPED_TRACE(zoom);
+        QAction* entry = menuAction("Affichage", zoom);
+        ASSERT_NE(entry, nullptr);
+        entry->trigger();
+        QTest::qWait(20);
+        EXPECT_EQ(stacking(m_window->view(), &m_window->view()), before);
+        const std::vector<const toolkit::Control*> legend = {
+            &m_ctl->Etq_Infirmier, &m_ctl->Lst_Infirmier, &m_ctl->Etq_Soignant, &m_ctl->Lst_Soignant,
+            &m_ctl->Etq_Mixte,     &m_ctl->Lst_Mixte,     &m_ctl->Frame1};
+        for (const toolkit::Control* c : legend) {
+            QWidget* w = widgetOf(*c);
+            ASSERT_NE(w, nullptr);
+            const QPoint centre = w->mapTo(&m_window->view(), QPoint(w->width() / 2, w->height() * 3 / 4));
+            QWidget* shown = m_window->view().childAt(centre);
+            EXPECT_TRUE(shown == w || w->isAncestorOf(shown))
+                << c->name() << " is hidden under "
+                << (m_window->view().controlFor(shown) ? m_window->view().controlFor(shown)->name() : "?");
+        }
+    }
+}
+
+// The window is made larger by hand, then given a zoom from the menu: the screen scales as a whole.
+TEST_F(JourneyDay, JourneyTheZoomFollowsTheSizeOfTheWindow) {
+    typeInto(m_ctl->Txt_CodeTournee, "001");
+    clickOn(m_ctl->Cmd_Affichage);
+    qtui::FormView& view = m_window->view();
+    struct Row {
+        const char* name;
+        std::function<void()> act;
+        double zoom;
+    } const rows[] = {
+        {"enlarged by hand to 150 %",
+         [&] { m_window->resize(m_window->size() - view.size() + QSize(1136, 711)); }, 1136 * 15.0 / 11355},
+        {"wider than high", [&] { m_window->resize(m_window->size() - view.size() + QSize(1800, 711)); },
+         711 * 15.0 / 7110},
+        {"the menu's 125 %", [&] { menuAction("Affichage", "Zoom 125 %")->trigger(); }, 1.25},
+        {"the menu's 200 %", [&] { menuAction("Affichage", "Zoom 200 %")->trigger(); }, 2.0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        row.act();
+        QTest::qWait(50);
+        EXPECT_NEAR(view.zoom().factor(), row.zoom, 0.002);
+        const qtui::Zoom z(view.zoom().factor());
+        for (const toolkit::Control* c : std::vector<const toolkit::Control*>{
+                 &m_ctl->Cmd_Affichage, &m_ctl->Frame1, &m_ctl->Etq_Infirmier, &m_ctl->Cbo_Date,
+                 &m_ctl->Etq_Aide(std::stoi(m_ctl->TabTempoDetail(1, 1)))}) {
+            EXPECT_EQ(widgetOf(*c)->geometry(), z.rect(*c)) << c->name();
+            EXPECT_EQ(widgetOf(*c)->font().pixelSize(), z.font(*c).pixelSize()) << c->name();
+        }
+        EXPECT_GE(view.width(), z.px(m_ctl->UserControl.width()));
+        EXPECT_GE(view.height(), z.px(m_ctl->UserControl.height()));
+    }
+    EXPECT_TRUE(menuAction("Affichage", "Zoom 200 %")->isChecked());
+    EXPECT_FALSE(menuAction("Affichage", "Zoom 125 %")->isChecked());
+}
+
+}  // namespace
+}  // namespace journey
