@@ -303,8 +303,9 @@ public:
     data::FaultList defautsLus;
     // ---- Saving (saving/).
     // Validates the tournée on show. Whether it went through is ValidationAnomalies: false only when the
-    // anomaly list was answered Cancel, or the database refused the change (the user is told); on the
-    // early exits with nothing to save it keeps its former value.
+    // anomaly list was answered Cancel, the database refused the change (the user is told), or the user
+    // kept the version another workstation saved since the display (the day is then shown as stored);
+    // on the early exits with nothing to save it keeps its former value.
     void Cmd_Ok_Click();
     bool commitReussi() const { return ValidationAnomalies; }
     // Adds a row to TabAnomalies when the planned time of detail row `ligne`, shown by `etiquette`, leaves
