@@ -19,6 +19,7 @@
 #include "support/pg_service.h"
 #include "toolkit/headless_host.h"
 #include "toolkit/host.h"
+#include "toolkit/input.h"
 
 namespace {
 
@@ -231,6 +232,48 @@ TEST_P(TwoPlanners, AValidationOverAnotherWorkstationsSaveAsksFirst) {
         EXPECT_EQ(cles(a), k.cles);
         EXPECT_EQ(a.debutsAffiches(), k.ecranA);
         EXPECT_EQ(a.c.ValidationAnomalies, k.reponses.back() == msgbox::kYes);
+    }
+}
+
+TEST_P(TwoPlanners, AskedOnLeavingTheDayNoStaysOnTheDayShownAsStored) {
+    struct Case {
+        const char* name;
+        int reponse;
+        std::vector<std::string> cles;
+        std::string date;
+        std::vector<std::string> ecranA;
+    } cases[] = {
+        {"No: the day shown again as stored, the date box back on it",
+         msgbox::kNo,
+         {kB12, kAvant13},
+         "23/11/2026",
+         {"00012@0850", "00013@0900"}},
+        {"Yes: mine saved, and the date chosen goes on", msgbox::kYes, {kAvant12, kA13}, "30/11/2026", {}},
+    };
+    int n = 0;
+    for (const Case& k : cases) {
+        SCOPED_TRACE(k.name);
+        Service service(GetParam(), "leave" + std::to_string(++n));
+        Poste a(service.address());
+        Poste b(service.address());
+        remplir(a.db->store());
+        a.start();
+        b.start();
+        a.montrer();
+        b.montrer();
+        b.deplacer("00012", "850");
+        b.c.Cmd_Ok.fireClick();
+        a.deplacer("00013", "930");
+        a.host.queueAnswer(msgbox::kYes);  // the question on saving
+        a.host.queueAnswer(k.reponse);
+        toolkit::input::choose(a.c.Cbo_Date, "30/11/2026");
+
+        const auto boites = a.host.takeShown();
+        ASSERT_EQ(boites.size(), 2u);
+        EXPECT_EQ(boites[1].text, kQuestion);
+        EXPECT_EQ(cles(a), k.cles);
+        EXPECT_EQ(a.c.Cbo_Date.text(), k.date);
+        EXPECT_EQ(a.debutsAffiches(), k.ecranA);
     }
 }
 
