@@ -9,6 +9,7 @@
 
 #include "app/records_json.h"
 #include "base/error.h"
+#include "data/record_checks.h"
 #include "mvdb/database.h"
 #include "mvdb/dynamic_record.h"
 #include "mvdb/open_store.h"
@@ -56,6 +57,10 @@ std::size_t loadRecords(mvdb::Database& database, std::istream& in, const std::s
         if (line.find_first_not_of(" \t") == std::string::npos) continue;
         try {
             records.push_back(recordFromJson(line));
+            const RecordLine& r = records.back();
+            // A record the screen could not show nor print must not get in at all.
+            if (auto defaut = data::checkRecord(r.file, r.key, mvdb::DynamicRecord(r.text)))
+                throw base::Error(base::codes::kBadData, defaut->text());
         } catch (const base::Error& e) {
             throw base::Error(e.code(), sourceName + ", ligne " + std::to_string(number) + " : " + e.what() +
                                             " ; rien n'a été chargé");

@@ -112,10 +112,11 @@ public:
         registerVerbs();
     }
 
+    // Each line is played as soon as it is read, and what it printed goes out before the next is read:
+    // two runners on one database can be driven line by line through their standard input.
     int run(std::istream& script) {
-        for (std::string line; std::getline(script, line);)
-            m_lines.push_back(line);
-        while (m_next < m_lines.size()) {
+        m_script = &script;
+        while (lineRead(m_next)) {
             const std::size_t number = m_next + 1;
             try {
                 play(words(m_lines[m_next++]));
@@ -135,6 +136,7 @@ public:
                 m_errors.push_back(e.what());
                 m_failed = true;
             }
+            m_out.flush();
         }
         return m_failed ? 1 : 0;
     }
@@ -378,7 +380,7 @@ private:
     // The menu entry that the next line clicks, which a right click's pop-up takes: that line is then
     // played here and skipped by the runner.
     std::optional<std::string> takeMenuClick() {
-        if (m_next >= m_lines.size()) return std::nullopt;
+        if (!lineRead(m_next)) return std::nullopt;
         std::vector<std::string> next = words(m_lines[m_next]);
         if (next.size() != 2 || next[0] != "click" || next[1].rfind("Mnu_", 0) != 0) return std::nullopt;
         ++m_next;
@@ -429,6 +431,14 @@ private:
     std::map<std::string, Verb> m_verbs;
     std::vector<std::string> m_errors;
     bool m_failed = false;
+    // Reads the script up to line `index` (from 0); false when it ends before.
+    bool lineRead(std::size_t index) {
+        for (std::string line; m_lines.size() <= index && m_script && std::getline(*m_script, line);)
+            m_lines.push_back(line);
+        return index < m_lines.size();
+    }
+
+    std::istream* m_script = nullptr;
     std::vector<std::string> m_lines;
     std::size_t m_next = 0;  // the line to play next
     std::shared_ptr<ScriptPrinters> m_printers;

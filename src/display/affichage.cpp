@@ -53,10 +53,30 @@ void creerEtiquettesAide(Ctr_Zandorel& c) {
 
 }  // namespace
 
+bool Ctr_Zandorel::enregistrementSain(const std::optional<data::RecordFault>& defaut) {
+    if (!defaut) return true;
+    defautsLus.add(*defaut);
+    return false;
+}
+
+void Ctr_Zandorel::ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse) {
+    for (std::int64_t i = reponse.DCount(); i >= 1; --i) {
+        if (!enregistrementSain(data::checkPlanned(reponse(i, 1), reponse(i, 2)))) reponse.Delete(i);
+    }
+}
+
+void Ctr_Zandorel::signalerDefauts() {
+    if (defautsLus.empty()) return;
+    const std::string message = defautsLus.message();
+    defautsLus.clear();
+    host().MsgBox(message, toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
+}
+
 void Ctr_Zandorel::Cmd_Affichage_Click() {
-    // 1.
+    // 1. What the last display met was told then.
     debutCommandeLongue();
     SansTournee = false;
+    defautsLus.clear();
 
     // 2. While an assignment is pending, the waiting labels and their table stay as they are.
     if (!Mod.FlagAffectationEnCours) {
@@ -81,6 +101,7 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
     if (Txt_CodeTournee.text().empty()) {
         // 4. JourneeAffichee and the caption of Cmd_Sortir stay as they were.
         SansTournee = true;
+        m_versionAffichee.reset();
         CadreAideSansTournee();
         lecture.reset();
         if (!TabTempoAide->text().empty()) {
@@ -111,9 +132,10 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
         }
     }
 
-    // 9.
+    // 9. The faults are told over a finished screen, once no read of the database is open.
     lecture.reset();
     finCommandeLongue();
+    signalerDefauts();
 
     // 10. Over a finished screen, enabled.
     if (!Mod.FlagAffectationEnCours && !TourneeAnterieure && !TabAnomalies->text().empty())

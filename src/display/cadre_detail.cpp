@@ -83,7 +83,7 @@ enum class Places { Indifferentes, Libres };
 
 // The protocole row a planned record stands for: the first row of the same key; else the first whose
 // window holds the planned time; else the nearest start. Row 0 when nothing starts within 999
-// hundredths: it reads as an empty row, deliberately, and the record is kept all the same. With
+// hundredths. With
 // Places::Libres a row must have no place filled: the key's row or the nearest one that has ends the
 // search with nothing, while the window test passes such rows over.
 std::optional<std::int64_t> ligneDuProtocole(const model::WorkTable& p, const Enregistrement& e,
@@ -212,25 +212,36 @@ void Ctr_Zandorel::CadreDetailAvecTournee() {
     TabTourneeEnregistree.renew();
     const std::string codeTournee = entreGuillemets(Txt_CodeTournee.text());
     const std::string jourDemande = ObjetConversion.DateInterne(DateAffichee);
+    // Read with the records below, in the same view of the database: what a validation of this day will
+    // replace, and must find unchanged.
+    m_versionAffichee = versionStockee(Txt_CodeTournee.text(), jourDemande);
 
-    // 2. A tournée never filled has only its waiting list.
+    // 2. A tournée never filled has only its waiting list. Records that make no sense are passed over:
+    // the latest version is that of the first sound record, and a day holding none has no version. The
+    // end is listed for that check alone.
     ResTourneeDates = data::Interroger(database(),
                                        "SELECT SSIADTOURNEE AVEC CodeTournee = " + codeTournee +
                                            " AND AVEC DateTournee <= " + entreGuillemets(jourDemande) +
                                            " PAR-DECR DateTournee",
-                                       data::kSSIADTOURNEE, "0");
-    if (ResTourneeDates(1).empty()) {
+                                       data::kSSIADTOURNEE, "0 1");
+    std::int64_t premiere = 1;
+    while (
+        !ResTourneeDates(premiere).empty() &&
+        !enregistrementSain(data::checkPlanned(ResTourneeDates(premiere, 1), ResTourneeDates(premiere, 2))))
+        ++premiere;
+    if (ResTourneeDates(premiere).empty()) {
         CadreAideAvecTournee();
         return;
     }
 
     // 3.
-    const std::string derniereVersion = data::tournee::jourInterne(ResTourneeDates(1, 1));
+    const std::string derniereVersion = data::tournee::jourInterne(ResTourneeDates(premiere, 1));
     ResTourneeJour = data::Interroger(database(),
                                       "SELECT SSIADTOURNEE AVEC CodeTournee = " + codeTournee +
                                           " AND AVEC DateTournee = " + entreGuillemets(derniereVersion) +
                                           " PAR HeureDebut",
                                       data::kSSIADTOURNEE, "0 1 2");
+    ecarterInterventionsIncoherentes(ResTourneeJour);
     if (ResTourneeJour(1).empty()) return;
     DateTourneeInterne = data::tournee::jourInterne(ResTourneeJour(1, kCleTournee));
 
@@ -292,6 +303,10 @@ void Ctr_Zandorel::CadreDetail(const std::string& CodeAide, const std::string& C
         k = ligneDuProtocole(TabProtocole, planifie, Places::Libres);
         if (!k) return;
     }
+
+    // A record that fits no protocole within 999 hundredths falls on row 0, which reads as an empty row
+    // with an empty key: such a row gets no label, so it is not made at all, and no anomaly comes of it.
+    if (*k == 0) return;
 
     // 7. Only records of the shown date are deleted by the commit.
     ++NbLignesDetail;

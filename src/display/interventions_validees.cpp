@@ -86,6 +86,7 @@ void Ctr_Zandorel::RechercheInterventionsValidees(const std::string& CodeAide, b
 
     // 4.
     ResTournee = data::Interroger(database(), phrase, data::kSSIADTOURNEE, kListe);
+    ecarterInterventionsIncoherentes(ResTournee);
 
     // 6, without a tournée: every record at its own row.
     if (!avecTournee) {

@@ -106,11 +106,14 @@ void Ctr_Zandorel::RechercheProtocole(const std::string& CodeAide) {
         for (std::int64_t i = 1; !res(1, reponse::kType, i).empty(); ++i) {
             const std::string nature = res(1, reponse::kNature, i);
             if (res(1, reponse::kType, i) != reponse::kIntervention || base::Len(nature) != 1) continue;
+            const std::string cle = base::Left(res(1, reponse::kCle, i), data::protocole::kLongueurCle);
+            if (!enregistrementSain(data::checkProtocole(
+                    cle, res(1, reponse::kDebut, i), res(1, reponse::kFin, i), res(1, reponse::kDureeMn, i))))
+                continue;
             if (!chevaucheEchelle(res(1, reponse::kDebut, i), res(1, reponse::kFin, i), HeureDebutEchelle,
                                   HeureFinEchelle)) {
                 continue;
             }
-            const std::string cle = base::Left(res(1, reponse::kCle, i), data::protocole::kLongueurCle);
             // 9.
             if (avecTournee && !retenuParLaTournee(f, cle, nature, NbIntervenantsTournee)) continue;
 

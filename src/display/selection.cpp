@@ -183,6 +183,9 @@ void choisirTournee(Ctr_Zandorel& c) {
     // 2. The list leaves out only the mark "1", while any mark refuses the code here: a tournée marked
     // otherwise stands in the list and cannot be opened. The two tests differ on purpose; both stay.
     if (!tournee(caract::kSupprimee).empty()) return refuserCode(c, "Cette tournée a été supprimée.");
+    // Hours that make no sense would draw no scale: the tournée cannot be opened, and the user is told why.
+    if (auto defaut = data::checkTourneeHours(code, tournee))
+        return refuserCode(c, "Cette tournée ne peut pas être ouverte : " + defaut->text());
     // 3, 4.
     c.Cbo_Tournee.setText(tournee(caract::kLibelle));
     c.NbIntervenantsTournee = nombreIntervenants(tournee(caract::kNbIntervenants));
@@ -228,7 +231,12 @@ void ouvrirTourneeAffectation(Ctr_Zandorel& c) {
                 etiquette->setEnabled(false);
         }
     }
-    // 5. The horizontal scale stays, and with it the places of the labels of pane "AIDE".
+    // 5. The horizontal scale stays, and with it the places of the labels of pane "AIDE". A tournée
+    // whose hours make no sense takes the assignment back.
+    if (auto defaut = data::checkTourneeHours(code, tournee)) {
+        avertir(c, "Cette tournée ne peut pas être ouverte : " + defaut->text());
+        return c.EnleveAffectationTournee(false);
+    }
     lireHeuresEchelle(c, tournee, code);
     c.ChargerEtiquetteHeuresDetail(c.HeureDebutEchelle, c.HeureFinEchelle);
     // 6.

@@ -61,6 +61,7 @@ void Ctr_Zandorel::Cmd_Imprimer_Click() {
 
     // 5, 6. A failure of a report still gives the screen back and ends what was printed, so that the
     // next print starts a document of its own.
+    defautsLus.clear();
     debutCommandeLongue();
     try {
         if (!Txt_CodeTournee.text().empty()) {
@@ -74,9 +75,10 @@ void Ctr_Zandorel::Cmd_Imprimer_Click() {
         throw;
     }
 
-    // 7.
+    // 7. Records left out of the paper are named once it is done.
     finCommandeLongue();
     imprimante.endDoc();
+    signalerDefauts();
 }
 
 void Ctr_Zandorel::ImpressionPaysage() {

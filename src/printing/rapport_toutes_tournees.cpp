@@ -9,9 +9,10 @@ namespace control {
 void Ctr_Zandorel::ImpressionToutesTournees() {
     // 1. Sorted by code only: inside a tournée the rows come as the reply gives them.
     const std::string jour = ObjetConversion.DateInterne(dateImprimee());
-    const mvdb::DynamicRecord reponse = data::Interroger(
+    mvdb::DynamicRecord reponse = data::Interroger(
         database(), "SELECT SSIADTOURNEE AVEC DateTournee = \"" + jour + "\" PAR CodeTournee",
         data::kSSIADTOURNEE, "0 1 2");
+    ecarterInterventionsIncoherentes(reponse);
 
     // 2.
     if (reponse(1).empty()) {

@@ -53,11 +53,12 @@ void Ctr_Zandorel::ImpressionUneTournee() {
 
     // 3. From the file. The sentence has no blank before its AND, as the system always sent it.
     const std::string jour = ObjetConversion.DateInterne(dateImprimee());
-    const mvdb::DynamicRecord reponse =
+    mvdb::DynamicRecord reponse =
         data::Interroger(database(),
                          "SELECT SSIADTOURNEE AVEC DateTournee = \"" + jour + "\"AND AVEC CodeTournee = \"" +
                              code + "\" PAR HeureDebut",
                          data::kSSIADTOURNEE, "0 1 2");
+    ecarterInterventionsIncoherentes(reponse);
     if (reponse(1).empty()) {
         host().MsgBox("Impression impossible : tournée non définie pour cette date.",
                       toolkit::msgbox::kExclamation, "Message KORVELINE");

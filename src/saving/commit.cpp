@@ -2,13 +2,17 @@
 
 // The commit of a tournée: the one operation that turns what the user arranged into records of
 // SSIADTOURNEE. It reads pane "DETAIL" alone: TabTempoDetail and, per row, the label's LinkItem.
+#include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "base/error.h"
 #include "base/text.h"
 #include "data/gateway.h"
 #include "data/layouts.h"
+#include "data/record_checks.h"
 #include "model/clock.h"
 #include "model/labels.h"
 #include "mvdb/database.h"
@@ -18,6 +22,9 @@ namespace control {
 namespace {
 
 constexpr const char* kTitreMessage = "Message KORVELINE";
+constexpr const char* kQuestionAutrePoste =
+    "Cette tournée a été modifiée sur un autre poste depuis son affichage. Voulez-vous remplacer sa version "
+    "par la vôtre ?";
 
 // A time in hundredths as the anomaly list keeps it: HHMM as a number, rounded to five minutes.
 std::string heureAnomalie(double centiemes) {
@@ -54,6 +61,83 @@ std::string finAffectation(const std::string& debut, double dureeMn) {
 }
 
 }  // namespace
+
+std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jour, bool affectation) {
+    data::FichiersSSIAD& f = Mod.fichiers;
+    try {
+        mvdb::Transaction transaction(database());
+        // The transaction holds the write lock: nothing can come between this reading and the writes.
+        std::string stockee = versionStockee(Txt_CodeTournee.text(), jour);
+        if (m_versionAffichee && stockee != *m_versionAffichee) return stockee;
+        // What another planner saved of this tournée and day goes too, once the user agreed: the loaded
+        // keys alone would leave their records beside these, and the last save must win whole. Records
+        // that make no sense were never shown: they stay for whoever wrote them to mend.
+        const mvdb::DynamicRecord enregistrees =
+            data::Interroger(database(),
+                             "SELECT SSIADTOURNEE AVEC CodeTournee = \"" + Txt_CodeTournee.text() +
+                                 "\" AND AVEC DateTournee = \"" + jour + "\"",
+                             data::kSSIADTOURNEE, "0 1");
+        for (std::int64_t i = 1; i <= enregistrees.DCount(); ++i) {
+            if (!data::checkPlanned(enregistrees(i, 1), enregistrees(i, 2)))
+                f.SSIADTOURNEE->Delete(enregistrees(i, 1));
+        }
+        if (!TabTourneeEnregistree->text().empty()) {
+            for (std::int64_t i = 1; i <= TabTourneeEnregistree->DCount(); ++i) {
+                f.SSIADTOURNEE->Delete(TabTourneeEnregistree(i, 1));
+            }
+        }
+        for (std::int64_t i = 1; i <= TabTempoDetail->DCount(); ++i) {
+            const std::string debut = base::padZeros(etiquetteDeLigne(*this, i).linkItem(), 4);
+            const std::string cleProtocole = TabTempoDetail(i, model::col::CleProtocole);
+            const double dureeMn = base::toNumber(TabTempoDetail(i, model::col::DureeMn));
+            const std::string cle =
+                data::tournee::cle(Txt_CodeTournee.text(), base::Left(cleProtocole, 5), jour, debut);
+            f.EnregSSIADTOURNEE = f.SSIADTOURNEE->New(cle);
+            f.EnregSSIADTOURNEE.set(data::tournee::kHeureFin, affectation ? finAffectation(debut, dureeMn)
+                                                                          : finOrdinaire(debut, dureeMn));
+            f.EnregSSIADTOURNEE.set(data::tournee::kCleProtocole, cleProtocole);
+            f.EnregSSIADTOURNEE.DBWrite();
+        }
+        transaction.commit();
+    } catch (const base::Error& e) {
+        // The stored tournée is as it was, and the screen still holds the user's work.
+        ValidationAnomalies = false;
+        host().MsgBox("La tournée n'a pas pu être enregistrée : " + std::string(e.what()) +
+                          "\r\nLa tournée enregistrée n'a pas été modifiée.",
+                      toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
+    }
+    return std::nullopt;
+}
+
+std::string Ctr_Zandorel::versionStockee(const std::string& codeTournee, const std::string& jour) {
+    data::FichiersSSIAD& f = Mod.fichiers;
+    const mvdb::DynamicRecord cles =
+        data::Interroger(database(),
+                         "SELECT SSIADTOURNEE AVEC CodeTournee = \"" + codeTournee +
+                             "\" AND AVEC DateTournee = \"" + jour + "\"",
+                         data::kSSIADTOURNEE, "0");
+    std::vector<std::string> enregistrements;
+    for (std::int64_t i = 1; i <= cles.DCount(); ++i) {
+        const std::string cle = cles(i, 1);
+        mvdb::DynamicRecord enregistrement;
+        if (!data::LireEnregistrement(*f.SSIADTOURNEE, enregistrement, cle)) continue;
+        // Each text after its length: no key or record, whatever it holds, can pass for another.
+        const std::string texte = enregistrement.text();
+        enregistrements.push_back(std::to_string(cle.size()) + ":" + cle + std::to_string(texte.size()) +
+                                  ":" + texte);
+    }
+    std::sort(enregistrements.begin(), enregistrements.end());
+    std::string version;
+    for (const std::string& e : enregistrements)
+        version += e;
+    return version;
+}
+
+void Ctr_Zandorel::reafficherVersionStockee() {
+    if (Mod.FlagAffectationEnCours) return EnleveAffectationTournee(false);
+    if (Cbo_Date.text() != DateAffichee) Cbo_Date.setText(DateAffichee);
+    Cmd_Affichage_Click();
+}
 
 bool Ctr_Zandorel::TesterAnomalie(std::int64_t ligne, const toolkit::Control& etiquette) {
     const double debutPrevu = base::toNumber(etiquette.linkItem());
@@ -114,49 +198,24 @@ void Ctr_Zandorel::Cmd_Ok_Click() {
     // written. Both passes are one transaction, so a failure between them leaves the stored tournée as it
     // was; deletes come first because a rewritten record can have the very key of an old one.
     const bool affectation = Mod.FlagAffectationEnCours;
-    data::FichiersSSIAD& f = Mod.fichiers;
     // The day of the tournée on show. The date box may already hold the next day chosen, when the question
     // on saving comes from leaving that box: the records go to the day that was shown.
     const std::string jour = ObjetConversion.DateInterne(std::string_view(DateAffichee));
-    try {
-        mvdb::Transaction transaction(database());
-        // What another planner saved of this tournée and day since the display goes too: the loaded keys
-        // alone would leave their records beside these, and the last save must win whole. The
-        // transaction holds the write lock, so nothing can come between this reading and the writes.
-        const mvdb::DynamicRecord enregistrees =
-            data::Interroger(database(),
-                             "SELECT SSIADTOURNEE AVEC CodeTournee = \"" + Txt_CodeTournee.text() +
-                                 "\" AND AVEC DateTournee = \"" + jour + "\"",
-                             data::kSSIADTOURNEE, "0");
-        for (std::int64_t i = 1; i <= enregistrees.DCount(); ++i) {
-            f.SSIADTOURNEE->Delete(enregistrees(i, 1));
+    for (;;) {
+        const std::optional<std::string> autreVersion = remplacerTournee(jour, affectation);
+        if (!autreVersion) break;
+        // Another workstation saved this day since it was shown. The question comes with no transaction
+        // open, since the user may take long to answer; a Yes is checked again in the next transaction,
+        // and should the day have changed once more the question comes again.
+        if (host().MsgBox(kQuestionAutrePoste, toolkit::msgbox::kYesNo | toolkit::msgbox::kExclamation,
+                          kTitreMessage) != toolkit::msgbox::kYes) {
+            ValidationAnomalies = false;
+            return reafficherVersionStockee();
         }
-        if (!TabTourneeEnregistree->text().empty()) {
-            for (std::int64_t i = 1; i <= TabTourneeEnregistree->DCount(); ++i) {
-                f.SSIADTOURNEE->Delete(TabTourneeEnregistree(i, 1));
-            }
-        }
-        for (std::int64_t i = 1; i <= TabTempoDetail->DCount(); ++i) {
-            const std::string debut = base::padZeros(etiquetteDeLigne(*this, i).linkItem(), 4);
-            const std::string cleProtocole = TabTempoDetail(i, model::col::CleProtocole);
-            const double dureeMn = base::toNumber(TabTempoDetail(i, model::col::DureeMn));
-            const std::string cle =
-                data::tournee::cle(Txt_CodeTournee.text(), base::Left(cleProtocole, 5), jour, debut);
-            f.EnregSSIADTOURNEE = f.SSIADTOURNEE->New(cle);
-            f.EnregSSIADTOURNEE.set(data::tournee::kHeureFin, affectation ? finAffectation(debut, dureeMn)
-                                                                          : finOrdinaire(debut, dureeMn));
-            f.EnregSSIADTOURNEE.set(data::tournee::kCleProtocole, cleProtocole);
-            f.EnregSSIADTOURNEE.DBWrite();
-        }
-        transaction.commit();
-    } catch (const base::Error& e) {
-        // The stored tournée is as it was, and the screen still holds the user's work.
-        ValidationAnomalies = false;
-        host().MsgBox("La tournée n'a pas pu être enregistrée : " + std::string(e.what()) +
-                          "\r\nLa tournée enregistrée n'a pas été modifiée.",
-                      toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
-        return;
+        m_versionAffichee = *autreVersion;
     }
+    if (!ValidationAnomalies) return;
+    m_versionAffichee.reset();
     TabTourneeEnregistree.release();
 
     if (affectation) {

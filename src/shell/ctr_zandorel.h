@@ -1,11 +1,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "data/conversion.h"
 #include "data/gateway.h"
+#include "data/record_checks.h"
 #include "model/working_table.h"
 #include "shell/droits.h"
 #include "toolkit/control_array.h"
@@ -289,10 +291,21 @@ public:
     int NbTourneesAffectation = 0;
     int IndiceEtqAffectee = 0;
 
+    // ---- Records that other programs wrote badly (display/affichage.cpp).
+    // True when there is no fault; a fault joins those that the display or print in progress tells once,
+    // at its end, and its record gives no label and no printed line.
+    bool enregistrementSain(const std::optional<data::RecordFault>& defaut);
+    // Takes out of a reply listed with "0 1 2" (key, planned end, ...) the planned interventions that
+    // make no sense, noting each; the other rows keep their order.
+    void ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse);
+    // One box that names every fault noted since the last one, when there is any; then forgets them.
+    void signalerDefauts();
+    data::FaultList defautsLus;
     // ---- Saving (saving/).
     // Validates the tournée on show. Whether it went through is ValidationAnomalies: false only when the
-    // anomaly list was answered Cancel, or the database refused the change (the user is told); on the
-    // early exits with nothing to save it keeps its former value.
+    // anomaly list was answered Cancel, the database refused the change (the user is told), or the user
+    // kept the version another workstation saved since the display (the day is then shown as stored);
+    // on the early exits with nothing to save it keeps its former value.
     void Cmd_Ok_Click();
     bool commitReussi() const { return ValidationAnomalies; }
     // Adds a row to TabAnomalies when the planned time of detail row `ligne`, shown by `etiquette`, leaves
@@ -393,6 +406,21 @@ private:
     void setTabOrder();
     // TheDatabase as the host handed it over; a failure that says so when it never did.
     mvdb::Database& database() const;
+    // The records of SSIADTOURNEE of a tournée and an internal day as stored now, keys and whole texts,
+    // in key order as one text: two reads give the same text exactly when nothing changed between them.
+    std::string versionStockee(const std::string& codeTournee, const std::string& jour);
+    // What the display of the tournée on show read of its day (versionStockee): a validation replaces
+    // the stored records only while they are still those, or once the user agreed to replace them. Empty
+    // while no tournée is on show.
+    std::optional<std::string> m_versionAffichee;
+    // The validation's way out when the user keeps the other workstation's version: the day shown again
+    // as stored, or, during an assignment, the assignment taken back.
+    void reafficherVersionStockee();
+    // Replaces the stored records of the tournée and day by one record per detail row, in one
+    // transaction. When they are no longer those the display read, nothing is written and their present
+    // version is returned. A failure of the database is told, leaves the stored tournée as it was, and
+    // clears ValidationAnomalies.
+    std::optional<std::string> remplacerTournee(const std::string& jour, bool affectation);
 
     toolkit::Host& m_host;
     const base::Clock& m_clock;

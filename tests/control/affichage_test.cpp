@@ -42,7 +42,7 @@ struct Ecran {
                    const std::string& planifie = "") {
         const std::string cle = code + "210000000011" + debut;
         f.service.put("SSIADPROTOCOLE", cle, {"", fin, soin, duree, "1", "21000", ""});
-        if (!planifie.empty()) f.service.put("SSIADTOURNEE", "001" + code + k16 + planifie, {"0900", cle});
+        if (!planifie.empty()) f.service.put("SSIADTOURNEE", "001" + code + k16 + planifie, {fin, cle});
     }
     void afficherTournee() {
         c.Txt_CodeTournee.setText("001");

@@ -7,6 +7,7 @@
 #include "mvdb/dynamic_record.h"
 #include "shell/ctr_zandorel.h"
 #include "support/control_fixture.h"
+#include "toolkit/form.h"
 
 namespace {
 
@@ -103,9 +104,9 @@ TEST(CadreDetailAvecTournee, FitsTheVersionInForceOrCopiesAPastDay) {
         {"998 hundredths away is the nearest", "23/11/2026",
          {{"0600", "0700"}}, {{"001", k16, "1598", "1628", "0730"}},
          "1 600 700 30 0 0600 I|1598", ""},
-        {"nothing within 999 hundredths: an empty row, the waiting row stays", "23/11/2026",
+        {"nothing within 999 hundredths: no row, the waiting row stays", "23/11/2026",
          {{"0600", "0700"}}, {{"001", k16, "1599", "1629", "0730"}},
-         "1 0 0 0 0  |1599", "1 600 700 30 0 0600 I"},
+         "", "1 600 700 30 0 0600 I"},
         {"a pair in a one-person tournée stays in the list for its second person", "23/11/2026",
          {{"0800", "0900", "2"}}, {{"001", k16, "0800", "0850", "0800"}},
          "1 800 900 30 0 0800 I|2|0800", "1 800 900 30 0 0800 I|1"},
@@ -143,6 +144,38 @@ TEST(CadreDetailAvecTournee, APastDayWithoutItsOwnVersionIsRefusedWithAMessage) 
     EXPECT_EQ(boites[0].text + " " + boites[0].title + " " + std::to_string(boites[0].style),
               "Tournée non définie pour cette date - accès impossible. Message KORVELINE 48");
     EXPECT_EQ(c.TabTempoDetail->DCount() + c.TabTempoAide->DCount(), 0);
+}
+
+TEST(Cmd_Affichage_Click, ARecordThatFitsNoProtocoleGetsNoLabelAndNoAnomaly) {
+    struct Cas {
+        const char* nom;
+        const char* debut;
+        int etiquettesDetail;
+    } const cas[] = {
+        {"999 hundredths from the only protocole", "1599", 0},
+        {"998 hundredths away: the nearest, out of its window", "1598", 1},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        testing_support::ControlFixture f;
+        control::Ctr_Zandorel& c =
+            afficher(f, "23/11/2026", {{"0600", "0700"}}, {{"001", k23, k.debut, "1629", "0730"}});
+        bool anomalies = false;
+        f.host.queueDialog("Frm_Anomalies", [&](toolkit::Form& form) {
+            anomalies = true;
+            form.find("Cmd_Ok")->fireClick();
+        });
+        c.Cmd_Affichage.fireClick();
+        int detail = 0;
+        for (const toolkit::Control* e : c.Etq_Aide.elements()) {
+            if (e->index() == 0 || e->left() != 760) continue;
+            ++detail;
+            EXPECT_NE(e->tag(), "|0") << "a label with no name";
+        }
+        EXPECT_EQ(detail, k.etiquettesDetail);
+        EXPECT_EQ(anomalies, k.etiquettesDetail == 1);
+        EXPECT_EQ(c.TabAnomalies->DCount(), k.etiquettesDetail);
+    }
 }
 
 }  // namespace

@@ -222,4 +222,37 @@ TEST(ImpressionUneTournee, ATournéeOnTheScreenPrintsItsLabelsMovedTimes) {
     EXPECT_TRUE(s.f.host.takeShown().empty());
 }
 
+TEST(Cmd_Imprimer_Click, RecordsThatMakeNoSensePrintNoLineAndAreNamedOnce) {
+    struct Cas {
+        const char* name;
+        const char* code;  // empty: every tournée of the day
+        std::string cle, fin, defaut;
+    } const cas[] = {
+        {"an end of 8h30, one tournée", "001", std::string("00100002") + kLundi + "0900", "8h30",
+         "SSIADTOURNEE « 00100002215120900 », attribut 1 (fin prévue) : « 8h30 » n'est pas un nombre"},
+        {"a 40-digit end, every tournée", "", std::string("00200002") + kLundi + "1500", std::string(40, '9'),
+         "SSIADTOURNEE « 00200002215121500 », attribut 1 (fin prévue) : « "
+         "9999999999999999999999999999999999999999 "
+         "» est hors de 0 à 2400 centièmes d'heure"},
+        {"a key of 16 characters, every tournée", "", std::string("00100002") + kLundi + "090", "0950",
+         "SSIADTOURNEE « 0010000221512090 », clé : 16 caractères au lieu de 17"},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.name);
+        Service s;
+        s.aide("00001", "SAIN");
+        s.aide("00002", "ABIME");
+        s.entree("001", "00001", "0800", "S01");
+        s.f.service.put("SSIADPROTOCOLE", "00002210000000011" + base::Right(k.cle, 4), {"", "2200", "S02"});
+        s.f.service.put("SSIADTOURNEE", k.cle, {k.fin, "00002210000000011" + base::Right(k.cle, 4)});
+        const std::string sortie = s.imprimer(k.code);
+        EXPECT_NE(sortie.find("SAIN"), std::string::npos) << "the rest of the day prints";
+        EXPECT_EQ(sortie.find("ABIME"), std::string::npos) << sortie;
+        const auto boites = s.f.host.takeShown();
+        ASSERT_EQ(boites.size(), 1u);
+        EXPECT_EQ(boites[0].title, "Message KORVELINE");
+        EXPECT_EQ(boites[0].text, "Enregistrements incohérents, laissés de côté :\r\n" + k.defaut);
+    }
+}
+
 }  // namespace

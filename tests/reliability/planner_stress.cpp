@@ -153,10 +153,22 @@ int versionStockee(mvdb::Store& store, int t, std::string& detail) {
     return v;
 }
 
+// The host of a planner who, told that the other workstation validated the same tournée since the
+// display, keeps their own version: the last validation must still land whole.
+struct HoteDuPlanificateur : toolkit::HeadlessHost {
+    int questions = 0;
+    int MsgBox(const std::string& prompt, int buttons, const std::string& title) override {
+        if (prompt.rfind("Cette tournée a été modifiée sur un autre poste", 0) != 0)
+            return HeadlessHost::MsgBox(prompt, buttons, title);
+        ++questions;
+        return toolkit::msgbox::kYes;
+    }
+};
+
 // One planner's station: its own connection to the file, its own control.
 struct Poste {
     std::shared_ptr<mvdb::Database> db;
-    toolkit::HeadlessHost host;
+    HoteDuPlanificateur host;
     control::Ctr_Zandorel c{host, horloge()};
 
     explicit Poste(const Base& base) : db(std::make_shared<mvdb::Database>(base.ouvrir(), horloge())) {
@@ -285,6 +297,8 @@ pid_t planner(const Base& base, int t, int count, int premiere) {
         Poste poste(base);
         for (int n = 1; n <= count; ++n)
             poste.valider(t, premiere + n % 10);
+        std::printf("planner tournée %s : %d question(s) sur l'autre poste\n", kTournees[t],
+                    poste.host.questions);
         std::fflush(stdout);
         _exit(0);
     } catch (const std::exception& e) {

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "mvdb/dynamic_record.h"
+
+// Checks of what other programs may have written badly into the files the screen shares. A record that
+// fails one gives no label and no printed line, and whoever read it says which file, key and field; the
+// rest of the day goes on. `zandorel load` refuses it.
+namespace data {
+
+// One field that makes no sense, with what is wrong with it.
+struct RecordFault {
+    std::string file;
+    std::string key;
+    std::string field;   // "clé", "attribut 1 (fin prévue)", ...
+    std::string reason;  // "« 8h30 » n'est pas un nombre"
+
+    // "SSIADTOURNEE « 00100012215120800 », attribut 1 (fin prévue) : « 8h30 » n'est pas un nombre"
+    std::string text() const;
+    bool operator==(const RecordFault& other) const = default;
+};
+
+// A planned intervention of SSIADTOURNEE: a key of 17 characters whose date is an internal day and whose
+// start is in hundredths within the day, an end within the day after the start.
+std::optional<RecordFault> checkPlanned(std::string_view key, std::string_view end);
+
+// A protocole window as the screen uses it: the start bound (the last four characters of its key) and
+// the end bound within the day, the end not before the start, and a duration of 1 to 1,440 minutes.
+std::optional<RecordFault> checkProtocole(std::string_view key, std::string_view startBound,
+                                          std::string_view endBound, std::string_view durationMn);
+
+// The hours of a SSIADCARACTTOURNEE record: whole hours of 0 to 24 (attributes 3 and 5), minutes of 0 to
+// 59 (attributes 4 and 6, empty reading as 0), and an end after the start.
+std::optional<RecordFault> checkTourneeHours(std::string_view code, const mvdb::DynamicRecord& tournee);
+
+// Every check above that the file's records carry, and the days of accords, protocoles and absences
+// (internal day numbers, a last day not before the first). Files without checks always pass.
+std::optional<RecordFault> checkRecord(std::string_view file, std::string_view key,
+                                       const mvdb::DynamicRecord& record);
+
+// The faults one display or print met, each field once, in the order met.
+class FaultList {
+public:
+    void add(const RecordFault& fault);
+    void clear() { m_faults.clear(); }
+    bool empty() const { return m_faults.empty(); }
+    const std::vector<RecordFault>& faults() const { return m_faults; }
+    // The text of the one box that tells them: a head line, then one line per fault.
+    std::string message() const;
+
+private:
+    std::vector<RecordFault> m_faults;
+};
+
+}  // namespace data

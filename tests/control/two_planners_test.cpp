@@ -1,0 +1,311 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/clock.h"
+#include "mvdb/database.h"
+#include "mvdb/dynamic_record.h"
+#include "mvdb/open_store.h"
+#include "mvdb/pg_store.h"
+#include "mvdb/store.h"
+#include "shell/ctr_zandorel.h"
+#include "support/pg_service.h"
+#include "toolkit/headless_host.h"
+#include "toolkit/host.h"
+#include "toolkit/input.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace msgbox = toolkit::msgbox;
+
+const std::string kQuestion =
+    "Cette tournée a été modifiée sur un autre poste depuis son affichage. Voulez-vous remplacer sa version "
+    "par la vôtre ?";
+constexpr const char* kLundi = "21512";
+
+enum class Base { Sqlite, Pg };
+
+// A service on its own SQLite file or PostgreSQL schema, removed at the end.
+class Service {
+public:
+    Service(Base base, const std::string& name) : m_base(base) {
+        const std::string own =
+            testing_support::pgSchemaName("zt_" + std::to_string(::getpid()) + "_" + name);
+        if (base == Base::Pg) {
+            m_schema = own;
+            m_address = testing_support::pgServiceAddress(testing_support::pgTestServer(), own);
+            mvdb::PgStore::dropSchema(testing_support::pgTestServer(), own);
+        } else {
+            m_address = (fs::temp_directory_path() / (own + ".db")).string();
+            removeFiles();
+        }
+    }
+    ~Service() {
+        if (m_base == Base::Pg) {
+            mvdb::PgStore::dropSchema(testing_support::pgTestServer(), m_schema);
+        } else {
+            removeFiles();
+        }
+    }
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
+    const std::string& address() const { return m_address; }
+
+private:
+    void removeFiles() {
+        for (const char* suffix : {"", "-wal", "-shm"})
+            fs::remove(m_address + suffix);
+    }
+    Base m_base;
+    std::string m_address, m_schema;
+};
+
+// A host that fails the test when a box opens while its workstation holds a transaction open: the user
+// could keep the other workstations waiting for as long as the box stays.
+class CheckingHost : public toolkit::HeadlessHost {
+public:
+    mvdb::Database* db = nullptr;
+    std::function<void()> onQuestion;  // runs when the box opens, as the user reads it
+    int MsgBox(const std::string& prompt, int buttons, const std::string& title) override {
+        if (db && db->store().inTransaction())
+            ADD_FAILURE() << "a box opened inside a transaction: " << prompt;
+        if (prompt == kQuestion && onQuestion) onQuestion();
+        return HeadlessHost::MsgBox(prompt, buttons, title);
+    }
+};
+
+// One planner's workstation: its own connection to the service, its host and its control.
+struct Poste {
+    base::FixedClock clock{*base::Date::fromDmy(22, 11, 2026), 8 * 3600};
+    CheckingHost host;
+    std::shared_ptr<mvdb::Database> db;
+    control::Ctr_Zandorel c{host, clock};
+
+    explicit Poste(const std::string& address)
+        : db(std::make_shared<mvdb::Database>(mvdb::openStore(address, mvdb::OpenMode::CreateIfMissing),
+                                              clock)) {
+        host.db = db.get();
+    }
+    void start() {
+        c.setTheClient(nullptr);
+        c.setTheDatabase(db);
+        c.setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(2));
+        c.Init();
+    }
+    void montrer() {
+        c.Txt_CodeTournee.setText("");
+        c.Txt_CodeTournee.setText("001");
+        c.Cbo_Date.setText("23/11/2026");
+        c.Cmd_Affichage.fireClick();
+    }
+    // Moves the detail label of an aidé to a new planned start, as a drop leaves it.
+    void deplacer(const std::string& codeAide, const std::string& debut) {
+        for (const toolkit::Control* e : c.Etq_Aide.elements()) {
+            if (e->tag().rfind(codeAide, 0) == 0) c.Etq_Aide(e->index()).setLinkItem(debut);
+        }
+    }
+    std::vector<std::string> debutsAffiches() const {
+        std::vector<std::string> debuts;
+        for (const toolkit::Control* e : c.Etq_Aide.elements()) {
+            if (e->index() != 0) debuts.push_back(e->tag().substr(0, 5) + "@" + e->linkItem());
+        }
+        return debuts;
+    }
+};
+
+void put(mvdb::Store& store, const std::string& file, const std::string& key,
+         std::initializer_list<std::string> attributes) {
+    mvdb::DynamicRecord r;
+    std::int64_t a = 0;
+    for (const std::string& attribute : attributes)
+        r.set(++a, attribute);
+    if (!store.hasFile(file)) store.createFile(file);
+    store.write(file, key, r.text());
+}
+
+// Monday tournée 001 with two aidés planned at 8h00 and 9h00.
+void remplir(mvdb::Store& store) {
+    put(store, "SSIADCARACTTOURNEE", "001", {"LUNDI MATIN", "0", "6", "00", "14", "00", "M", "N1", "", "1"});
+    put(store, "SSIADSOINS", "S01", {"Injection", "", "", "", "O"});
+    for (const auto& [code, debut, fin] : std::initializer_list<std::array<std::string, 3>>{
+             {"00012", "0800", "0950"}, {"00013", "0900", "1050"}}) {
+        put(store, "CIVILAIDE", code, {"", "AIDE" + code, "Marie"});
+        put(store, "SSIADACCORDS", code + "001000001", {"21000", "22000", ""});
+        mvdb::DynamicRecord gestion;
+        gestion.set(23, "N1");
+        store.write("SSIADELEMGEST", code + "000001", gestion.text());
+        const std::string cle = code + "210000000011" + debut;
+        put(store, "SSIADPROTOCOLE", cle, {"", fin, "S01", "20", "1", "21000", ""});
+        put(store, "SSIADTOURNEE", "001" + code + kLundi + debut, {fin, cle});
+    }
+    for (const char* file : {"TPSTEMPO"})
+        if (!store.hasFile(file)) store.createFile(file);
+}
+
+std::vector<std::string> cles(Poste& p) {
+    std::vector<std::string> keys;
+    p.db->store().scanAll("SSIADTOURNEE", [&](const std::string& key, const std::string&) {
+        keys.push_back(key);
+        return true;
+    });
+    return keys;
+}
+
+class TwoPlanners : public ::testing::TestWithParam<Base> {
+protected:
+    void SetUp() override {
+        if (GetParam() == Base::Pg && testing_support::pgTestServer().empty())
+            GTEST_SKIP() << "ZANDOREL_TEST_PG is not set: run under scripts/with_postgres.sh";
+    }
+};
+
+const std::string kAvant12 = "00100012" + std::string(kLundi) + "0800";
+const std::string kAvant13 = "00100013" + std::string(kLundi) + "0900";
+const std::string kB12 = "00100012" + std::string(kLundi) + "0850";
+const std::string kA13 = "00100013" + std::string(kLundi) + "0930";
+
+TEST_P(TwoPlanners, AValidationOverAnotherWorkstationsSaveAsksFirst) {
+    struct Case {
+        const char* name;
+        std::vector<int> reponses;        // A's answers to the question
+        bool encoreModifiee;              // B saves once more while A reads the first question
+        std::vector<std::string> cles;    // SSIADTOURNEE afterwards
+        std::vector<std::string> ecranA;  // A's labels afterwards (aidé@start), empty when cleared
+    } cases[] = {
+        {"No keeps the other version and shows it",
+         {msgbox::kNo},
+         false,
+         {kB12, kAvant13},
+         {"00012@0850", "00013@0900"}},
+        {"Yes replaces it with mine", {msgbox::kYes}, false, {kAvant12, kA13}, {}},
+        {"changed again while asking: asked again", {msgbox::kYes, msgbox::kYes}, true, {kAvant12, kA13}, {}},
+        {"changed again while asking, then No",
+         {msgbox::kYes, msgbox::kNo},
+         true,
+         {"00100012" + std::string(kLundi) + "0845", kAvant13},
+         {"00012@0845", "00013@0900"}},
+    };
+    int n = 0;
+    for (const Case& k : cases) {
+        SCOPED_TRACE(k.name);
+        Service service(GetParam(), "ask" + std::to_string(++n));
+        Poste a(service.address());
+        Poste b(service.address());
+        remplir(a.db->store());
+        a.start();
+        b.start();
+        a.montrer();
+        b.montrer();
+        b.deplacer("00012", "850");
+        b.c.Cmd_Ok.fireClick();
+        ASSERT_TRUE(b.host.takeShown().empty()) << "B validated first and is not asked";
+
+        if (k.encoreModifiee) {
+            a.host.onQuestion = [&] {
+                a.host.onQuestion = nullptr;
+                b.montrer();
+                b.deplacer("00012", "845");
+                b.c.Cmd_Ok.fireClick();
+            };
+        }
+        a.deplacer("00013", "930");
+        for (int r : k.reponses)
+            a.host.queueAnswer(r);
+        a.c.Cmd_Ok.fireClick();
+
+        const auto boites = a.host.takeShown();
+        ASSERT_EQ(boites.size(), k.reponses.size());
+        for (std::size_t i = 0; i < boites.size(); ++i) {
+            EXPECT_EQ(boites[i].title, "Message KORVELINE");
+            EXPECT_EQ(boites[i].text, kQuestion);
+            EXPECT_EQ(boites[i].style, msgbox::kYesNo | msgbox::kExclamation);
+            EXPECT_EQ(boites[i].answer, k.reponses[i]);
+        }
+        EXPECT_EQ(cles(a), k.cles);
+        EXPECT_EQ(a.debutsAffiches(), k.ecranA);
+        EXPECT_EQ(a.c.ValidationAnomalies, k.reponses.back() == msgbox::kYes);
+    }
+}
+
+TEST_P(TwoPlanners, AskedOnLeavingTheDayNoStaysOnTheDayShownAsStored) {
+    struct Case {
+        const char* name;
+        int reponse;
+        std::vector<std::string> cles;
+        std::string date;
+        std::vector<std::string> ecranA;
+    } cases[] = {
+        {"No: the day shown again as stored, the date box back on it",
+         msgbox::kNo,
+         {kB12, kAvant13},
+         "23/11/2026",
+         {"00012@0850", "00013@0900"}},
+        {"Yes: mine saved, and the date chosen goes on", msgbox::kYes, {kAvant12, kA13}, "30/11/2026", {}},
+    };
+    int n = 0;
+    for (const Case& k : cases) {
+        SCOPED_TRACE(k.name);
+        Service service(GetParam(), "leave" + std::to_string(++n));
+        Poste a(service.address());
+        Poste b(service.address());
+        remplir(a.db->store());
+        a.start();
+        b.start();
+        a.montrer();
+        b.montrer();
+        b.deplacer("00012", "850");
+        b.c.Cmd_Ok.fireClick();
+        a.deplacer("00013", "930");
+        a.host.queueAnswer(msgbox::kYes);  // the question on saving
+        a.host.queueAnswer(k.reponse);
+        toolkit::input::choose(a.c.Cbo_Date, "30/11/2026");
+
+        const auto boites = a.host.takeShown();
+        ASSERT_EQ(boites.size(), 2u);
+        EXPECT_EQ(boites[1].text, kQuestion);
+        EXPECT_EQ(cles(a), k.cles);
+        EXPECT_EQ(a.c.Cbo_Date.text(), k.date);
+        EXPECT_EQ(a.debutsAffiches(), k.ecranA);
+    }
+}
+
+TEST_P(TwoPlanners, OnePlannerAloneIsNeverAsked) {
+    Service service(GetParam(), "alone");
+    Poste a(service.address());
+    Poste b(service.address());
+    remplir(a.db->store());
+    a.start();
+    b.start();
+    // B looks at the day and saves nothing; A saves three times, showing the day again in between.
+    b.montrer();
+    for (const char* debut : {"930", "945", "0900"}) {
+        a.montrer();
+        a.deplacer("00013", debut);
+        a.c.Cmd_Ok.fireClick();
+        EXPECT_TRUE(a.host.takeShown().empty()) << debut;
+    }
+    EXPECT_EQ(cles(a), (std::vector<std::string>{kAvant12, kAvant13}));
+    // A day never saved, then saved by its own planner only.
+    a.c.Txt_CodeTournee.setText("");
+    a.c.Txt_CodeTournee.setText("001");
+    a.c.Cbo_Date.setText("30/11/2026");
+    a.c.Cmd_Affichage.fireClick();
+    a.c.Cmd_Ok.fireClick();
+    EXPECT_TRUE(a.host.takeShown().empty());
+    EXPECT_EQ(cles(a).size(), 4u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Stores, TwoPlanners, ::testing::Values(Base::Sqlite, Base::Pg),
+                         [](const ::testing::TestParamInfo<Base>& i) {
+                             return i.param == Base::Pg ? "PostgreSQL" : "SQLite";
+                         });
+
+}  // namespace
