@@ -163,6 +163,7 @@ void ajusterVersion(Ctr_Zandorel& c, const std::string& jourDemande) {
     }
     // The day of an assignment keeps its waiting list as it was.
     if (egal(jourDemande, c.DateTourneeInterne) && c.Mod.FlagAffectationEnCours) return;
+    if (c.usage == Ctr_Zandorel::Usage::Chiffres) return;
     c.CadreAideAvecTournee();
     retirerPlacees(c);
 }
@@ -220,7 +221,7 @@ void Ctr_Zandorel::CadreDetailAvecTournee() {
                                            " PAR-DECR DateTournee",
                                        data::kSSIADTOURNEE, "0");
     if (ResTourneeDates(1).empty()) {
-        CadreAideAvecTournee();
+        if (usage == Usage::Ecran) CadreAideAvecTournee();
         return;
     }
 

@@ -123,6 +123,11 @@ public:
     std::string DateSaisie;
     std::string DateAffichee;
     bool ValidationAnomalies = false;
+    // What the instance serves. A private instance that only computes figures (the week overview) starts
+    // without the purge, builds, for a tournée, the detail pane and its anomalies without the waiting
+    // list beside it, and opens no anomaly list: these are for a planner at the screen.
+    enum class Usage { Ecran, Chiffres };
+    Usage usage = Usage::Ecran;
 
     mvdb::DynamicRecord RequeteTournees;
     model::WorkTable TabTempoAide{"TabTempoAide"};
