@@ -11,6 +11,9 @@
 #include "mvdb/dynamic_record.h"
 #include "shell/ctr_zandorel.h"
 #include "support/control_fixture.h"
+#include "toolkit/recording_printer.h"
+#include "week/impression_semaine.h"
+#include "week/ouverture_semaine.h"
 #include "week/read_once_store.h"
 
 namespace {
@@ -270,6 +273,75 @@ TEST(CalculerSemaine, LeavesTheScreenAndTheDatabaseAsTheyWere) {
     EXPECT_EQ(c.Txt_CodeTournee.text(), "002");
     EXPECT_EQ(c.Cbo_Date.text(), "23/11/2026");
     EXPECT_TRUE(service.f.host.takeShown().empty());
+}
+
+TEST(OuvrirTourneeDuJour, AsksAboutUnsavedMovesBeforeOpeningTheDayOfACell) {
+    struct Cas {
+        const char* nom;
+        bool deplace;  // a label of the tournée on show was moved
+        int reponse;   // to the question on saving, when asked
+        bool ouvert;
+    } const cas[] = {
+        {"moved, and the planner cancels", true, toolkit::msgbox::kCancel, false},
+        {"moved, and the moves are dropped", true, toolkit::msgbox::kNo, true},
+        {"nothing moved: no question", false, 0, true},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        Service service;
+        control::Ctr_Zandorel& c = service.f.start();
+        c.Txt_CodeTournee.setText("002");
+        c.Cbo_Date.setText("23/11/2026");
+        c.Cmd_Affichage.fireClick();
+        if (k.deplace) c.Etq_Aide(1).setLinkItem("815");
+        if (k.reponse) service.f.host.queueAnswer(k.reponse);
+        // The day opened is displayed as any other, with its anomaly list.
+        if (k.ouvert) {
+            service.f.host.queueDialog("Frm_Anomalies",
+                                       [](toolkit::Form& form) { form.find("Cmd_Annuler")->fireClick(); });
+        }
+
+        EXPECT_EQ(control::ouvrirTourneeDuJour(c, "001", *base::Date::fromDmy(23, 11, 2026)), k.ouvert);
+        EXPECT_EQ(service.f.host.takeShown().size(), k.deplace ? 1u : 0u);
+        EXPECT_EQ(c.Txt_CodeTournee.text(), k.ouvert ? "001" : "002");
+        EXPECT_EQ(labels(c, true), k.ouvert ? 2 : 1);
+    }
+}
+
+TEST(ImprimerSemaine, PrintsTheTableLandscapeInTheFrameOfTheReports) {
+    Service service;
+    control::Ctr_Zandorel& c = service.f.start();
+    auto imprimantes = std::make_shared<toolkit::RecordingPrinters>(std::vector<std::string>{"Laser"});
+    c.setPrinters(imprimantes);
+    const control::Semaine semaine = control::calculerSemaine(
+        *service.s.db, service.s.clock, *base::Date::fromDmy(23, 11, 2026), control::DemiJournee::Matin);
+
+    service.f.host.queuePrinterCancel();
+    control::imprimerSemaine(c, semaine);
+    EXPECT_EQ(imprimantes->recorder(0).output(), "");
+
+    service.f.host.queuePrinter("Laser", 1);
+    control::imprimerSemaine(c, semaine);
+    const std::string sortie = imprimantes->recorder(0).output();
+    EXPECT_EQ(sortie.substr(0, sortie.find("page 1")), "orientation 2\n");
+    for (const char* attendu : {
+             "10 \" Date : 22/11/2026 ",
+             "14 bold \"                              SEMAINE DU LUNDI 23 NOVEMBRE 2026 - MATIN\"",
+             "line 60 1296 15540 1296 colour=0\ntext x=0 y=1296 font=\"Courier New\" 10 \" Tournée           "
+             "       "
+             "lun. 23/11     mar. 24/11     mer. 25/11 ",
+             "\" 001 LUNDI MATIN          2 / 50 min     ",
+             "\"                          1 anomalie     ",
+             "\" 002 LUNDI BINOME         1 / 30 min     ",
+             "\" 006 HORS SECTEUR          0 / 0 min     ",
+             "\"                             vide        ",
+             "\" En attente                    0              3              4       ",
+             "line 2940 1296 2940 4176 colour=0\n",
+             "line 15540 1296 15540 4176 colour=0\nenddoc\n",
+         }) {
+        EXPECT_NE(sortie.find(attendu), std::string::npos) << attendu << "\n" << sortie;
+    }
+    EXPECT_EQ(sortie.substr(sortie.size() - 7), "enddoc\n");
 }
 
 }  // namespace
