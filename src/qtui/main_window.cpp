@@ -5,6 +5,7 @@
 #include <QMenuBar>
 #include <QTimer>
 
+#include "qtui/week_window.h"
 #include "shell/ctr_zandorel.h"
 #include "toolkit/input.h"
 
@@ -18,6 +19,9 @@ MainWindow::MainWindow(control::Ctr_Zandorel& ctl, QtHost& host, Zoom zoom) : m_
     m_host.setWindow(this);
 
     QMenu* display = menuBar()->addMenu("&Affichage");
+    connect(display->addAction("Semaine"), &QAction::triggered, this,
+            [this] { WeekWindow::showFor(m_ctl, *m_view, this); });
+    display->addSeparator();
     auto* zooms = new QActionGroup(this);
     for (int percent : {100, 125, 150, 175, 200, 250}) {
         QAction* action = display->addAction(QString("Zoom %1 %").arg(percent));
