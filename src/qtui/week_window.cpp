@@ -101,7 +101,9 @@ WeekWindow::WeekWindow(control::Ctr_Zandorel& ctl, FormView& screen, QWidget* pa
     m_table->setColumnCount(7);
     m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-    m_table->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    // Two lines a row: the counts, and what stands out.
+    m_table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() * 2 + 10);
     m_table->setWordWrap(true);
 
     auto* legende = new QHBoxLayout;
