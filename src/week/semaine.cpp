@@ -55,6 +55,8 @@ int minutes(double heure) {
 
 // The waiting list of each day: a display without a tournée in the half-day chosen.
 void compterAttente(Ctr_Zandorel& c, toolkit::HeadlessHost& hote, Semaine& semaine) {
+    // The start takes the only tournée of a service as chosen: the code is emptied as a planner would.
+    c.Txt_CodeTournee.setText("");
     if (semaine.demiJournee == DemiJournee::Soir) {
         c.Opt_Soir_Click();
     } else {

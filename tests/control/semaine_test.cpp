@@ -254,6 +254,23 @@ TEST(CalculerSemaine, ListsTheTourneesOfEachWeekdayByCodeWithTheirFigures) {
         "29/11/2026 4:\n");
 }
 
+TEST(CalculerSemaine, ASingleTourneeChosenAtTheStartDoesNotHideTheWaitingList) {
+    // The start of a control takes the only tournée of the list as chosen.
+    Service service;
+    for (const char* code : {"002", "003", "004", "005", "006"})
+        service.s.db->store().remove("SSIADCARACTTOURNEE", code);
+    const control::Semaine semaine = control::calculerSemaine(
+        *service.s.db, service.s.clock, *base::Date::fromDmy(23, 11, 2026), control::DemiJournee::Matin);
+    std::string vu;
+    for (const control::JourDeSemaine& jour : semaine.jours) {
+        vu += std::to_string(jour.enAttente);
+        for (const control::TourneeDuJour& t : jour.tournees)
+            vu += " (" + t.code + " " + chiffres(t) + ")";
+        vu += ";";
+    }
+    EXPECT_EQ(vu, "0 (001 2 50 1);3;4;4;4;4;4;");
+}
+
 TEST(CalculerSemaine, LeavesTheScreenAndTheDatabaseAsTheyWere) {
     Service service;
     control::Ctr_Zandorel& c = service.f.start();
