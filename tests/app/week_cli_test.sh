@@ -25,23 +25,15 @@ check "dump before" 0 "$zandorel" dump --db "$work/d.db"
 cp "$work/out" "$work/before"
 
 check "week as JSON" 0 "$zandorel" week --db "$work/d.db" --date 25/11/2026 --json --today 23/11/2026
-python3 - "$work/out" <<'PY' || failures=$((failures + 1))
-import json, sys
-text = open(sys.argv[1]).read()
-week = json.loads(text)
-assert list(week) == ["week", "soir", "days"], list(week)
-assert week["week"] == "23/11/2026" and week["soir"] is False
-assert [d["date"][:2] for d in week["days"]] == ["23", "24", "25", "26", "27", "28", "29"]
-for day in week["days"]:
-    assert list(day) == ["date", "waiting", "tournees"]
-    codes = [t["code"] for t in day["tournees"]]
-    assert codes == sorted(codes), codes
-    for t in day["tournees"]:
-        assert list(t) == ["code", "label", "planned", "minutes", "anomalies"], list(t)
-        assert t["planned"] >= 0 and t["minutes"] >= 0 and t["anomalies"] >= 0
-assert sum(len(d["tournees"]) for d in week["days"]) > 0
-assert any(t["planned"] > 0 for d in week["days"] for t in d["tournees"])
-PY
+grep -q '^{"week": "23/11/2026", "soir": false, "days": \[{"date": "23/11/2026", "waiting": [0-9]*, "tournees": \[{"code": "001", ' "$work/out" ||
+    { echo "FAIL week as JSON: $(head -c 120 "$work/out")"; failures=$((failures + 1)); }
+[ "$(grep -o '"date": "[0-9/]*", "waiting": [0-9]*, "tournees": \[' "$work/out" | wc -l)" -eq 7 ] ||
+    { echo "FAIL week as JSON: not seven days"; failures=$((failures + 1)); }
+tournee='{"code": "[0-9]*", "label": "[^"]*", "planned": [0-9]*, "minutes": [0-9]*, "anomalies": [0-9]*}'
+[ "$(grep -o "$tournee" "$work/out" | wc -l)" -gt 7 ] ||
+    { echo "FAIL week as JSON: tournées"; failures=$((failures + 1)); }
+grep -o "$tournee" "$work/out" | grep -qv '"planned": 0,' ||
+    { echo "FAIL week as JSON: nothing planned"; failures=$((failures + 1)); }
 check "evening" 0 "$zandorel" week --db "$work/d.db" --date 23/11/2026 --soir --json --today 23/11/2026
 grep -q '^{"week": "23/11/2026", "soir": true, "days": \[' "$work/out" || { echo "FAIL evening: $(head -c 80 "$work/out")"; failures=$((failures + 1)); }
 check "as a table" 0 "$zandorel" week --db "$work/d.db" --date 23/11/2026 --today 23/11/2026
