@@ -40,6 +40,17 @@ check "as a table" 0 "$zandorel" week --db "$work/d.db" --date 23/11/2026 --toda
 grep -q "^Semaine du 23/11/2026, matin$" "$work/out" || { echo "FAIL table head"; failures=$((failures + 1)); }
 check "a closed output" 1 sh -c '"$0" week --db "$1" --date 23/11/2026 --today 23/11/2026 >/dev/full' "$zandorel" "$work/d.db"
 
+# The same week from the same service on a PostgreSQL server (scripts/with_postgres.sh names one).
+if [ -n "${ZANDOREL_TEST_PG:-}" ]; then
+    pg="$ZANDOREL_TEST_PG&options=-csearch_path%3Dzw_$$"
+    check "week on SQLite" 0 "$zandorel" week --db "$work/d.db" --date 23/11/2026 --json --today 23/11/2026
+    cp "$work/out" "$work/sqlite.json"
+    check "load into PostgreSQL" 0 "$zandorel" load --db "$pg" "$work/before"
+    check "week on PostgreSQL" 0 "$zandorel" week --db "$pg" --date 23/11/2026 --json --today 23/11/2026
+    cmp -s "$work/sqlite.json" "$work/out" || { echo "FAIL the week differs on PostgreSQL"; failures=$((failures + 1)); }
+    psql -q "$ZANDOREL_TEST_PG" -c "DROP SCHEMA zw_$$ CASCADE" >/dev/null 2>&1
+fi
+
 check "dump after" 0 "$zandorel" dump --db "$work/d.db"
 cmp -s "$work/before" "$work/out" || { echo "FAIL the week changed the database"; failures=$((failures + 1)); }
 
