@@ -141,9 +141,9 @@ void ReadOnceStore::rollback() {
 }
 
 void ReadOnceStore::refuse(const std::string& file, const std::string& key) const {
-    throw base::Error(base::codes::kStorage, "Lecture seule : le fichier " + file +
-                                                 (key.empty() ? "" : ", clé " + key) +
-                                                 ", n'est pas modifié par le calcul de la semaine");
+    throw base::Error(base::codes::kStorage,
+                      "Le calcul de la semaine ne modifie pas la base : écriture refusée dans " + file +
+                          (key.empty() ? "" : ", clé " + key));
 }
 
 }  // namespace control

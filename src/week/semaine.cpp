@@ -1,7 +1,6 @@
 #include "week/semaine.h"
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
 
 #include "base/clock.h"
@@ -17,8 +16,6 @@
 
 namespace control {
 namespace {
-
-namespace caract = data::caracttournee;
 
 struct Tournee {
     std::string code;

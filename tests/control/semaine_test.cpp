@@ -158,11 +158,11 @@ TEST(ReadOnceStore, RefusesEveryChangeToASharedFileAndKeepsWorkFilesInMemory) {
         const char* message;
     } const refus[] = {
         {"a write", [&] { store.write("CIVILAIDE", "00001", "x"); },
-         "Lecture seule : le fichier CIVILAIDE, clé 00001, n'est pas modifié par le calcul de la semaine"},
+         "Le calcul de la semaine ne modifie pas la base : écriture refusée dans CIVILAIDE, clé 00001"},
         {"a delete", [&] { store.remove("SSIADTOURNEE", "k"); },
-         "Lecture seule : le fichier SSIADTOURNEE, clé k, n'est pas modifié par le calcul de la semaine"},
+         "Le calcul de la semaine ne modifie pas la base : écriture refusée dans SSIADTOURNEE, clé k"},
         {"a new file", [&] { store.createFile("NOUVEAU"); },
-         "Lecture seule : le fichier NOUVEAU, n'est pas modifié par le calcul de la semaine"},
+         "Le calcul de la semaine ne modifie pas la base : écriture refusée dans NOUVEAU"},
     };
     for (const Cas& k : refus) {
         SCOPED_TRACE(k.nom);
