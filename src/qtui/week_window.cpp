@@ -136,6 +136,9 @@ WeekWindow& WeekWindow::showFor(control::Ctr_Zandorel& ctl, FormView& screen, QW
     if (!fenetre) {
         fenetre = new WeekWindow(ctl, screen, parent);
         fenetre->showWeek(ctl.clock().today());
+    } else {
+        // The screen may have validated days since: the week shown is read again.
+        fenetre->refresh();
     }
     fenetre->show();
     fenetre->raise();

@@ -26,7 +26,8 @@ class WeekWindow : public QWidget {
 public:
     WeekWindow(control::Ctr_Zandorel& ctl, FormView& screen, QWidget* parent = nullptr);
 
-    // The one window of `parent`, made on first use, shown on the week of the screen's day.
+    // The one window of `parent`, made on first use on the week of the screen's day; shown again, it
+    // reads its week anew.
     static WeekWindow& showFor(control::Ctr_Zandorel& ctl, FormView& screen, QWidget* parent);
 
     // Computes the week that holds `day` and shows it; a failure is told in a box and leaves the table

@@ -85,6 +85,10 @@ TEST_F(WeekScreen, MovesByWeekAndHalfDay) {
         if (r->text() == "Soir") r->click();
     }
     EXPECT_EQ(week->week()->demiJournee, control::DemiJournee::Soir);
+    // The menu again: the same window, read anew on the week chosen.
+    EXPECT_EQ(&qtui::WeekWindow::showFor(*ctl, window->view(), window.get()), week);
+    EXPECT_EQ(week->week()->lundi().text(), "16/11/2026");
+    EXPECT_EQ(week->week()->demiJournee, control::DemiJournee::Soir);
 }
 
 TEST_F(WeekScreen, ADoubleClickOpensThatTourneeAndDayOnTheScreen) {
