@@ -27,7 +27,7 @@ fi
 tests=()
 [ -f "$build/CMakeCache.txt" ] || tests=(-DZANDOREL_TESTS=OFF)
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DZANDOREL_BENCH=ON "${tests[@]}" >/dev/null
-ninja -C "$build" drag_feedback_bench display_bench sentence_bench commit_bench gui_display_bench
+ninja -C "$build" drag_feedback_bench display_bench sentence_bench commit_bench gui_display_bench week_bench
 
 case "$mode" in
     short)
@@ -74,6 +74,8 @@ run display_bench "$display" "" --benchmark_min_time="$min"
 run sentence_bench "$sentence" "" --benchmark_min_time="$min"
 # The purge runs once per repetition on a fresh copy of its file.
 run commit_bench "$commit" ""
+# The week at a glance, alternately with the displays it stands for; x_displays is their ratio.
+run week_bench . "" --benchmark_min_time="$min"
 # From the click on Cmd_Affichage to the window painted, under the offscreen platform.
 QT_QPA_PLATFORM=offscreen run gui_display_bench "$gui" "" --benchmark_min_time="$min"
 # Peak memory of a process that only ever held the largest service.

@@ -11,6 +11,7 @@
 #include "app/gui.h"
 #include "app/play.h"
 #include "app/print_command.h"
+#include "app/week_command.h"
 #include "base/clock.h"
 #include "base/date.h"
 #include "base/error.h"
@@ -33,6 +34,8 @@ struct Options {
     std::string from, to;
     int rights = 2;
     double zoom = 0;
+    bool soir = false;
+    bool json = false;
 };
 
 base::SystemClock makeClock(const Options& o) {
@@ -167,6 +170,13 @@ int main(int argc, char** argv) {
     restore->add_option("--from", o.from, "Premier jour à remettre (jj/mm/aaaa)")->check(dateOption());
     restore->add_option("--to", o.to, "Dernier jour à remettre (jj/mm/aaaa)")->check(dateOption());
 
+    auto* week = cli.add_subcommand("week", "La semaine d'un coup d'œil : tournées et aidés en attente");
+    week->add_option("--db", o.db, "Base de données")->required();
+    week->add_option("--date", o.date, "Un jour de la semaine (jj/mm/aaaa)")->required()->check(dateOption());
+    week->add_flag("--soir", o.soir, "Aidés en attente le soir (le matin sans lui)");
+    week->add_flag("--json", o.json, "Écrit la semaine en JSON");
+    week->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)")->check(todayOption());
+
     auto* gui = cli.add_subcommand("gui", "L'écran de planification");
     for (CLI::App* screen : {static_cast<CLI::App*>(&cli), gui}) {
         screen->add_option("--db", o.db, "Base de données");
@@ -184,6 +194,10 @@ int main(int argc, char** argv) {
         if (*restore) return runRestorePurged(o);
         if (*print) {
             app::runPrint(app::PrintOptions{o.db, o.date, o.tournee, o.out, o.today}, argc, argv);
+            return 0;
+        }
+        if (*week) {
+            app::runWeek(app::WeekOptions{o.db, o.date, o.today, o.soir, o.json}, std::cout);
             return 0;
         }
         return app::runGui(app::GuiOptions{o.db, o.today, o.rights, o.zoom}, argc, argv);

@@ -138,7 +138,8 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
     signalerDefauts();
 
     // 10. Over a finished screen, enabled.
-    if (!Mod.FlagAffectationEnCours && !TourneeAnterieure && !TabAnomalies->text().empty())
+    if (usage == Usage::Ecran && !Mod.FlagAffectationEnCours && !TourneeAnterieure &&
+        !TabAnomalies->text().empty())
         AfficherAnomalies(true);
 }
 

@@ -163,6 +163,7 @@ void ajusterVersion(Ctr_Zandorel& c, const std::string& jourDemande) {
     }
     // The day of an assignment keeps its waiting list as it was.
     if (egal(jourDemande, c.DateTourneeInterne) && c.Mod.FlagAffectationEnCours) return;
+    if (c.usage == Ctr_Zandorel::Usage::Chiffres) return;
     c.CadreAideAvecTournee();
     retirerPlacees(c);
 }
@@ -230,7 +231,7 @@ void Ctr_Zandorel::CadreDetailAvecTournee() {
         !enregistrementSain(data::checkPlanned(ResTourneeDates(premiere, 1), ResTourneeDates(premiere, 2))))
         ++premiere;
     if (ResTourneeDates(premiere).empty()) {
-        CadreAideAvecTournee();
+        if (usage == Usage::Ecran) CadreAideAvecTournee();
         return;
     }
 

@@ -103,14 +103,23 @@ void Ctr_Zandorel::ReglerCopiesImprimante() {
     }
 }
 
-void Ctr_Zandorel::EntetePage(const std::string& W_CodeTournee) {
+void Ctr_Zandorel::EnteteDate() {
     toolkit::Printer& p = imprimante();
-    // 1, 2.
     p.setFontName(kPolice);
     p.setFontSize(10);
     p.print("");
     p.print(" Date : " + clock().today().text() + Space(106) + "Page : " + std::to_string(p.page()));
     p.print("");
+}
+
+void Ctr_Zandorel::ImprimerCentre(const std::string& texte) {
+    imprimante().print(centrage(texte) + texte);
+}
+
+void Ctr_Zandorel::EntetePage(const std::string& W_CodeTournee) {
+    toolkit::Printer& p = imprimante();
+    // 1, 2.
+    EnteteDate();
 
     // 3, 4.
     p.setFontBold(true);
@@ -124,8 +133,8 @@ void Ctr_Zandorel::EntetePage(const std::string& W_CodeTournee) {
 
     // 6, 7.
     const std::string T = "TOURNEE : " + W_CodeTournee + " " + tournee(data::caracttournee::kLibelle);
-    p.print(centrage(T) + T);
-    p.print(centrage(L) + L);
+    ImprimerCentre(T);
+    ImprimerCentre(L);
 
     // 8. The size 12 is replaced at once; the order of the three settings is kept as it stands.
     p.setFontSize(12);

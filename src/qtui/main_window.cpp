@@ -5,6 +5,7 @@
 #include <QMenuBar>
 #include <QTimer>
 
+#include "qtui/week_window.h"
 #include "shell/ctr_zandorel.h"
 #include "toolkit/input.h"
 
@@ -20,6 +21,9 @@ MainWindow::MainWindow(control::Ctr_Zandorel& ctl, QtHost& host, Zoom zoom) : m_
     m_host.setWindow(this);
 
     QMenu* display = menuBar()->addMenu("&Affichage");
+    connect(display->addAction("Semaine"), &QAction::triggered, this,
+            [this] { WeekWindow::showFor(m_ctl, *m_view, this); });
+    display->addSeparator();
     auto* zooms = new QActionGroup(this);
     // A size of the user's own is none of the entries.
     zooms->setExclusionPolicy(QActionGroup::ExclusionPolicy::ExclusiveOptional);

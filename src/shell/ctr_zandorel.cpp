@@ -308,9 +308,12 @@ void Ctr_Zandorel::Init() {
     CouleurMixte = base::numberText(0xFFC0C0);
 
     // 8. The purge is a long command of its own and restores the pointer and the control when done, so
-    // the later steps run enabled: deliberate, the screen has always started so.
-    data::CommandeLongue commande{[this] { debutCommandeLongue(); }, {}, [this] { finCommandeLongue(); }};
-    data::ApurerFichierSSIADTOURNEE(Mod.fichiers, clock().today(), commande);
+    // the later steps run enabled: deliberate, the screen has always started so. An instance that only
+    // computes figures leaves the file to the screen's own start.
+    if (usage == Usage::Ecran) {
+        data::CommandeLongue commande{[this] { debutCommandeLongue(); }, {}, [this] { finCommandeLongue(); }};
+        data::ApurerFichierSSIADTOURNEE(Mod.fichiers, clock().today(), commande);
+    }
 
     // 9.
     Cbo_Date.setVisible(false);

@@ -125,6 +125,11 @@ public:
     std::string DateSaisie;
     std::string DateAffichee;
     bool ValidationAnomalies = false;
+    // What the instance serves. A private instance that only computes figures (the week overview) starts
+    // without the purge, builds, for a tournée, the detail pane and its anomalies without the waiting
+    // list beside it, and opens no anomaly list: these are for a planner at the screen.
+    enum class Usage { Ecran, Chiffres };
+    Usage usage = Usage::Ecran;
 
     mvdb::DynamicRecord RequeteTournees;
     model::WorkTable TabTempoAide{"TabTempoAide"};
@@ -345,6 +350,11 @@ public:
     void ImpressionPaysage();
     // The copies of the printer choice, unless the printer's name holds "MATRIC"; a refusal is ignored.
     void ReglerCopiesImprimante();
+    // The line that opens every page: the day's date and the page number, in "Courier New" 10, between
+    // two empty lines.
+    void EnteteDate();
+    // A text centred on a line of a hundred characters; a text too long for it is an error of Space.
+    void ImprimerCentre(const std::string& texte);
     // Date, page number and, when the tournée has its record, the centred title and the date shown.
     // Without the record the head ends bold at size 14, and what follows prints so.
     void EntetePage(const std::string& W_CodeTournee);
