@@ -153,6 +153,11 @@ public:
 
     bool recording = false;
     std::vector<Call> calls;
+    // Makes the layers above read one record at a time, as a display did before it read in bulk: the
+    // store says a transaction is open, inside which nothing is held.
+    bool readOneByOne = false;
+
+    bool inTransaction() const override { return readOneByOne || ForwardingStore::inTransaction(); }
 
     std::optional<std::string> read(const std::string& f, const std::string& k) override {
         if (recording) keep({Call::Read, f, k, {}, {}});

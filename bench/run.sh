@@ -62,7 +62,11 @@ run() {
 uptime
 if [ "$pg" = --pg ]; then
     # PostgreSQL alone: the SQLite figures come from a run without --pg.
+    # x_sqlite: the display's time over the same display's on SQLite, measured alternately in one loop;
+    # round_trips: those a proxy between the display and the server counted.
     run display_bench 'BM_AffichagePg/' -pg --benchmark_min_time="$min"
+    # Across a network: a proxy holds each round trip 5 or 20 ms.
+    run display_bench 'BM_AffichagePgLatence/' -pg-latence --benchmark_min_time="$min"
     run sentence_bench '^pg/' -pg --benchmark_min_time="$min"
     run commit_bench 'Pg/' -pg
     uptime

@@ -103,10 +103,13 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
         SansTournee = true;
         m_versionAffichee.reset();
         CadreAideSansTournee();
-        lecture.reset();
+        // The labels read their aidés' records in the same moment; no moment is held while the user
+        // reads a message.
         if (!TabTempoAide->text().empty()) {
             creerEtiquettesAide(*this);
+            lecture.reset();
         } else {
+            lecture.reset();
             host().MsgBox("Pas d'aidé à affecter pour cette date.",
                           toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
         }

@@ -1,10 +1,12 @@
 #include "mvdb/database.h"
 
 #include "base/error.h"
+#include "mvdb/bulk_read_store.h"
 #include "mvdb/query.h"
 #include "mvdb/sentence.h"
 #include "mvdb/server_routines.h"
 #include "mvdb/store.h"
+#include "mvdb/work_file_store.h"
 
 namespace mvdb {
 
@@ -40,8 +42,11 @@ void File::deleteRecord(const std::string& key) {
     m_database.store().remove(m_name, key);
 }
 
+// The work files stay on this workstation, and the reads of one moment go in bulk: on a shared server
+// a display then waits on the network a few times instead of once per record.
 Database::Database(std::unique_ptr<Store> store, const base::Clock& clock)
-    : m_store(std::move(store)), m_clock(clock) {
+    : m_store(std::make_unique<BulkReadStore>(std::make_unique<WorkFileStore>(std::move(store)))),
+      m_clock(clock) {
     registerServerRoutines(m_subroutines, m_programs);
 }
 

@@ -33,6 +33,10 @@ public:
         m_inner->scanRange(f, r, v);
     }
     std::size_t count(const std::string& f) override { return m_inner->count(f); }
+    bool holds(const std::string& f, const KeyRange& r) override { return m_inner->holds(f, r); }
+    void scanHeld(const std::string& f, const KeyRange& r, const RecordVisitor& v) override {
+        m_inner->scanHeld(f, r, v);
+    }
     std::vector<std::string> explainScan(const std::string& f, const std::optional<KeyRange>& r) override {
         return m_inner->explainScan(f, r);
     }
@@ -43,6 +47,10 @@ public:
     std::string openTransaction() const override { return m_inner->openTransaction(); }
     void beginRead() override { m_inner->beginRead(); }
     void endRead() override { m_inner->endRead(); }
+
+protected:
+    Store& inner() { return *m_inner; }
+    const Store& inner() const { return *m_inner; }
 
 private:
     std::unique_ptr<Store> m_inner;

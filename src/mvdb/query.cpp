@@ -173,9 +173,25 @@ struct Plan {
     std::size_t driver = 0;            // the condition that the ranges are of
     // The ranges are of a field of several values: a record can come through more than one of them.
     bool repeats = false;
+    // The store holds in memory every record that can meet one of the conditions: the ranges are read
+    // among those records, without a query.
+    bool held = false;
     std::optional<FieldSource> sortField;
     bool descending = false;
 };
+
+// Whether the store holds every record that can meet one of the conditions: those of the day's records
+// of one aidé lie among the day's records, which a store reading in bulk keeps once for many aidés.
+bool holdsSomeCondition(Store& store, const std::string& file, const std::vector<Resolved>& conditions) {
+    for (const Resolved& r : conditions) {
+        if (!narrowness(r)) continue;
+        const std::vector<PlannedRange> ranges = rangesFor(r);
+        if (std::all_of(ranges.begin(), ranges.end(),
+                        [&](const PlannedRange& p) { return store.holds(file, p.range); }))
+            return true;
+    }
+    return false;
+}
 
 Plan makePlan(Store& store, const Sentence& sentence, const std::string& text) {
     if (!store.hasFile(sentence.file)) {
@@ -207,6 +223,7 @@ Plan makePlan(Store& store, const Sentence& sentence, const std::string& text) {
         plan.ranges = rangesFor(r);
         plan.repeats = r.source.kind == FieldSource::Kind::Attribute;
     }
+    plan.held = !plan.ranges.empty() && holdsSomeCondition(store, sentence.file, plan.conditions);
     if (sentence.sort) {
         plan.sortField =
             resolveField(sentence.sort->field, sentence.sort->position, dictionary, sentence.file, text);
@@ -244,10 +261,15 @@ void scan(Store& store, const Sentence& sentence, const Plan& plan, const PlanVi
     }
     for (const PlannedRange& planned : plan.ranges) {
         const Resolved* known = planned.exact ? &plan.conditions[plan.driver] : nullptr;
-        store.scanRange(sentence.file, planned.range, [&](const std::string& key, const std::string& text) {
+        const RecordVisitor each = [&](const std::string& key, const std::string& text) {
             visit(key, text, known);
             return true;
-        });
+        };
+        if (plan.held) {
+            store.scanHeld(sentence.file, planned.range, each);
+        } else {
+            store.scanRange(sentence.file, planned.range, each);
+        }
     }
 }
 

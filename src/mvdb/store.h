@@ -59,6 +59,22 @@ public:
     virtual void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) = 0;
     virtual std::size_t count(const std::string& file) = 0;
 
+    // For a store that keeps records in memory for a while: whether it holds every record of the file
+    // having a value of the range's field within the range (fetching them at once if that is its way),
+    // so that scanHeld can serve a selection that only such records can meet. A store that keeps
+    // nothing says no.
+    virtual bool holds(const std::string& file, const KeyRange& range) {
+        (void)file;
+        (void)range;
+        return false;
+    }
+    // The held records having a value of the indexed field within the range, as scanRange gives them,
+    // after holds() said yes for a range that every record the caller wants lies in: records outside
+    // what is held are not seen.
+    virtual void scanHeld(const std::string& file, const KeyRange& range, const RecordVisitor& visit) {
+        scanRange(file, range, visit);
+    }
+
     // The engine's own plan for the statements that scanAll and scanRange run, one line per step.
     virtual std::vector<std::string> explainScan(const std::string& file,
                                                  const std::optional<KeyRange>& range) = 0;

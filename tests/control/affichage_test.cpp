@@ -51,6 +51,34 @@ struct Ecran {
     }
 };
 
+// A display reads its day in a few scans, whatever the number of aidés: no record is read one by one,
+// the names of the waiting labels' aidés included.
+TEST(Cmd_Affichage_Click, ReadsTheDayInAFewScansWhateverTheNumberOfAides) {
+    for (const bool avecTournee : {false, true}) {
+        SCOPED_TRACE(avecTournee ? "with the tournée" : "without a tournée");
+        Ecran e;
+        for (int i = 0; i < 12; ++i) {
+            const std::string code = base::zeroPad(20 + i, 5);
+            e.aide(code, "NOM" + code);
+            e.protocole(code, "0800", "0900", "30", "S01", i % 3 == 0 ? "0800" : "");
+            e.protocole(code, "1000", "1100", "20", "S02");
+        }
+        // The choice of the day reads the tournée; the display starts with the click.
+        e.c.Txt_CodeTournee.setText(avecTournee ? "001" : "");
+        if (avecTournee) {
+            e.c.Cbo_Date.setText("23/11/2026");
+        } else {
+            e.c.Txt_Date.setText("23/11/2026");
+        }
+        testing_support::FaultyStore& store = *e.f.service.faults;
+        store.pointReads = store.scans = 0;
+        e.c.Cmd_Affichage.fireClick();
+        EXPECT_GE(e.c.Etq_Aide.Count(), 20);
+        EXPECT_EQ(store.pointReads, 0);
+        EXPECT_LE(store.scans, 10);
+    }
+}
+
 TEST(Cmd_Affichage_Click, MakesTheLabelsOfBothPanesWhereTheirTimesStand) {
     Ecran e;
     e.aide("00012", "DUPONT");
