@@ -83,9 +83,8 @@ enum class Places { Indifferentes, Libres };
 
 // The protocole row a planned record stands for: the first row of the same key; else the first whose
 // window holds the planned time; else the nearest start. Row 0 when nothing starts within 999
-// hundredths. With
-// Places::Libres a row must have no place filled: the key's row or the nearest one that has ends the
-// search with nothing, while the window test passes such rows over.
+// hundredths. With Places::Libres a row must have no place filled: the key's row or the nearest one that
+// has ends the search with nothing, while the window test passes such rows over.
 std::optional<std::int64_t> ligneDuProtocole(const model::WorkTable& p, const Enregistrement& e,
                                              Places places) {
     const std::int64_t n = p->DCount();

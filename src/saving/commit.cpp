@@ -60,6 +60,12 @@ std::string finAffectation(const std::string& debut, double dureeMn) {
     return base::padZeros(base::numberText(fin), 4);
 }
 
+// Every record of the tournée on the internal day.
+std::string phraseTourneeDuJour(const std::string& codeTournee, const std::string& jour) {
+    return "SELECT SSIADTOURNEE AVEC CodeTournee = \"" + codeTournee + "\" AND AVEC DateTournee = \"" + jour +
+           "\"";
+}
+
 }  // namespace
 
 std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jour, bool affectation) {
@@ -72,11 +78,8 @@ std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jou
         // What another planner saved of this tournée and day goes too, once the user agreed: the loaded
         // keys alone would leave their records beside these, and the last save must win whole. Records
         // that make no sense were never shown: they stay for whoever wrote them to mend.
-        const mvdb::DynamicRecord enregistrees =
-            data::Interroger(database(),
-                             "SELECT SSIADTOURNEE AVEC CodeTournee = \"" + Txt_CodeTournee.text() +
-                                 "\" AND AVEC DateTournee = \"" + jour + "\"",
-                             data::kSSIADTOURNEE, "0 1");
+        const mvdb::DynamicRecord enregistrees = data::Interroger(
+            database(), phraseTourneeDuJour(Txt_CodeTournee.text(), jour), data::kSSIADTOURNEE, "0 1");
         for (std::int64_t i = 1; i <= enregistrees.DCount(); ++i) {
             if (!data::checkPlanned(enregistrees(i, 1), enregistrees(i, 2)))
                 f.SSIADTOURNEE->Delete(enregistrees(i, 1));
@@ -112,10 +115,7 @@ std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jou
 std::string Ctr_Zandorel::versionStockee(const std::string& codeTournee, const std::string& jour) {
     data::FichiersSSIAD& f = Mod.fichiers;
     const mvdb::DynamicRecord cles =
-        data::Interroger(database(),
-                         "SELECT SSIADTOURNEE AVEC CodeTournee = \"" + codeTournee +
-                             "\" AND AVEC DateTournee = \"" + jour + "\"",
-                         data::kSSIADTOURNEE, "0");
+        data::Interroger(database(), phraseTourneeDuJour(codeTournee, jour), data::kSSIADTOURNEE, "0");
     std::vector<std::string> enregistrements;
     for (std::int64_t i = 1; i <= cles.DCount(); ++i) {
         const std::string cle = cles(i, 1);

@@ -62,8 +62,7 @@ TEST(BadData, EachGivesItsMessageOrSkipsAndTheScreenStaysUsable) {
                              {"LUNDI", "0", "6", "00", "6", "00", "M", "N1", "", "1"});
          },
          "Cette tournée ne peut pas être ouverte : SSIADCARACTTOURNEE « 001 », attribut 5 (heure de fin) : "
-         "la "
-         "fin « 6h00 » n'est pas après le début « 6h00 »",
+         "la fin « 6h00 » n'est pas après le début « 6h00 »",
          3},
         {"an hour that is no number",
          [](SmallService& s) {
@@ -184,8 +183,7 @@ TEST(BadData, RecordsThatMakeNoSenseGiveNoLabelAndAreNamedOnce) {
                              {std::string(40, '9'), "000122100000000110800"});
          },
          "SSIADTOURNEE « 00100012215120800 », attribut 1 (fin prévue) : « "
-         "9999999999999999999999999999999999999999 » "
-         "est hors de 0 à 2400 centièmes d'heure",
+         "9999999999999999999999999999999999999999 » est hors de 0 à 2400 centièmes d'heure",
          3},
         {"a protocole duration of -30",
          [](SmallService& s) {

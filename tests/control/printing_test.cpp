@@ -232,8 +232,7 @@ TEST(Cmd_Imprimer_Click, RecordsThatMakeNoSensePrintNoLineAndAreNamedOnce) {
          "SSIADTOURNEE « 00100002215120900 », attribut 1 (fin prévue) : « 8h30 » n'est pas un nombre"},
         {"a 40-digit end, every tournée", "", std::string("00200002") + kLundi + "1500", std::string(40, '9'),
          "SSIADTOURNEE « 00200002215121500 », attribut 1 (fin prévue) : « "
-         "9999999999999999999999999999999999999999 "
-         "» est hors de 0 à 2400 centièmes d'heure"},
+         "9999999999999999999999999999999999999999 » est hors de 0 à 2400 centièmes d'heure"},
         {"a key of 16 characters, every tournée", "", std::string("00100002") + kLundi + "090", "0950",
          "SSIADTOURNEE « 0010000221512090 », clé : 16 caractères au lieu de 17"},
     };

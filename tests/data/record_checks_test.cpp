@@ -33,33 +33,21 @@ TEST(RecordChecks, PlannedInterventions) {
          "SSIADTOURNEE « 00100012215120800 », attribut 1 (fin prévue) : « 8h30 » n'est pas un nombre"},
         {"a 40-digit end", kCle, std::string(40, '9'),
          "SSIADTOURNEE « 00100012215120800 », attribut 1 (fin prévue) : « "
-         "9999999999999999999999999999999999999999 » "
-         "est hors de 0 à 2400 centièmes d'heure"},
+         "9999999999999999999999999999999999999999 » est hors de 0 à 2400 centièmes d'heure"},
         {"an end before the start", kCle, "0750",
          "SSIADTOURNEE « 00100012215120800 », attribut 1 (fin prévue) : la fin « 0750 » n'est pas après le "
-         "début "
-         "« 0800 »"},
+         "début « 0800 »"},
         {"an end equal to the start", kCle, "0800",
          "SSIADTOURNEE « 00100012215120800 », attribut 1 (fin prévue) : la fin « 0800 » n'est pas après le "
-         "début "
-         "« 0800 »"},
-        {"a negative end", kCle, "-450",
-         "SSIADTOURNEE « 00100012215120800 », attribut 1 (fin prévue) : « -450 » est hors de 0 à 2400 "
-         "centièmes "
-         "d'heure"},
+         "début « 0800 »"},
         {"a key of 15 characters", "001000122151208", "0900",
          "SSIADTOURNEE « 001000122151208 », clé : 15 caractères au lieu de 17"},
-        {"a key of 16 characters", "0010001221512080", "0900",
-         "SSIADTOURNEE « 0010001221512080 », clé : 16 caractères au lieu de 17"},
-        {"a key of 18 characters", "001000122151208000", "0900",
-         "SSIADTOURNEE « 001000122151208000 », clé : 18 caractères au lieu de 17"},
         {"a date that is no day", "00100012A15120800", "0900",
          "SSIADTOURNEE « 00100012A15120800 », clé (date, caractères 9 à 13) : « A1512 » n'est pas un jour "
          "interne (5 chiffres au plus)"},
         {"a start past the day", "00100012215122500", "2600",
          "SSIADTOURNEE « 00100012215122500 », clé (début, caractères 14 à 17) : « 2500 » est hors de 0 à "
-         "2400 "
-         "centièmes d'heure"},
+         "2400 centièmes d'heure"},
         {"an end of 100 000 characters is quoted cut", kCle, std::string(100000, 'X'),
          "SSIADTOURNEE « 00100012215120800 », attribut 1 (fin prévue) : « " + std::string(40, 'X') +
              "… » n'est pas un nombre"},
@@ -81,8 +69,6 @@ TEST(RecordChecks, Protocoles) {
         {"a duration of -30", "0800", "0950", "-30",
          "SSIADPROTOCOLE « 000122100000000110800 », attribut 4 (durée) : « -30 » est hors de 1 à 1440 "
          "minutes"},
-        {"a duration of 0", "0800", "0950", "0",
-         "SSIADPROTOCOLE « 000122100000000110800 », attribut 4 (durée) : « 0 » est hors de 1 à 1440 minutes"},
         {"a duration of a day and a minute", "0800", "0950", "1441",
          "SSIADPROTOCOLE « 000122100000000110800 », attribut 4 (durée) : « 1441 » est hors de 1 à 1440 "
          "minutes"},
@@ -93,8 +79,7 @@ TEST(RecordChecks, Protocoles) {
          "début « 0800 »"},
         {"an end bound past the day", "0800", "2401", "20",
          "SSIADPROTOCOLE « 000122100000000110800 », attribut 2 (borne de fin) : « 2401 » est hors de 0 à "
-         "2400 "
-         "centièmes d'heure"},
+         "2400 centièmes d'heure"},
         {"a start bound that is no number", "08h0", "0950", "20",
          "SSIADPROTOCOLE « 000122100000000110800 », clé (borne de début) : « 08h0 » n'est pas un nombre"},
         {"sound", "0800", "0950", "20", ""},
@@ -124,11 +109,8 @@ TEST(RecordChecks, TourneeHours) {
         {"past midnight", "6", "00", "24", "30",
          "SSIADCARACTTOURNEE « 001 », attribut 6 (minute de fin) : la fin « 24h30 » est après 24h00"},
         {"an end before the start", "14", "00", "6", "00",
-         "SSIADCARACTTOURNEE « 001 », attribut 5 (heure de fin) : la fin « 6h00 » n'est pas après le début "
-         "« 14h00 »"},
-        {"an end equal to the start", "6", "00", "6", "00",
          "SSIADCARACTTOURNEE « 001 », attribut 5 (heure de fin) : la fin « 6h00 » n'est pas après le début « "
-         "6h00 »"},
+         "14h00 »"},
         {"sound", "6", "00", "14", "00", ""},
         {"empty minutes read as 0", "6", "", "14", "", ""},
         {"minutes compared as a clock does", "7", "30", "8", "05", ""},
@@ -148,13 +130,12 @@ TEST(RecordChecks, WholeRecordsAsLoaded) {
         std::string fault;
     } cases[] = {
         {"an accord ending before it starts", "SSIADACCORDS", "00012001000001", record({"21500", "21400"}),
-         "SSIADACCORDS « 00012001000001 », attribut 2 (dernier jour) : la fin « 21400 » est avant le début "
-         "« 21500 »"},
+         "SSIADACCORDS « 00012001000001 », attribut 2 (dernier jour) : la fin « 21400 » est avant le début « "
+         "21500 »"},
         {"an accord's first day that is a date text", "SSIADACCORDS", "00012001000001",
          record({"01/01/2026", "21400"}),
          "SSIADACCORDS « 00012001000001 », attribut 1 (premier jour) : « 01/01/2026 » n'est pas un jour "
-         "interne "
-         "(5 chiffres au plus)"},
+         "interne (5 chiffres au plus)"},
         {"an absence ending before it starts", "CIVILAIDE", "00012",
          [] {
              mvdb::DynamicRecord r;
@@ -168,16 +149,7 @@ TEST(RecordChecks, WholeRecordsAsLoaded) {
         {"a protocole's last day before its first", "SSIADPROTOCOLE", kProtocole,
          record({"", "0950", "S01", "20", "1", "21000", "20000"}),
          "SSIADPROTOCOLE « 000122100000000110800 », attribut 7 (dernier jour) : la fin « 20000 » est avant "
-         "le "
-         "début « 21000 »"},
-        {"a protocole's duration of -30", "SSIADPROTOCOLE", kProtocole,
-         record({"", "0950", "S01", "-30", "1", "21000", ""}),
-         "SSIADPROTOCOLE « 000122100000000110800 », attribut 4 (durée) : « -30 » est hors de 1 à 1440 "
-         "minutes"},
-        {"a planned end of 8h30", "SSIADTOURNEE", kCle, record({"8h30", kProtocole}),
-         "SSIADTOURNEE « 00100012215120800 », attribut 1 (fin prévue) : « 8h30 » n'est pas un nombre"},
-        {"a tournée starting at -3", "SSIADCARACTTOURNEE", "001", record({"L", "0", "-3", "0", "14", "0"}),
-         "SSIADCARACTTOURNEE « 001 », attribut 3 (heure de début) : « -3 » est hors de 0 à 24 heures"},
+         "le début « 21000 »"},
         {"an open-ended protocole", "SSIADPROTOCOLE", kProtocole,
          record({"", "0950", "S01", "20", "1", "21000", ""}), ""},
         {"an aidé without absences", "CIVILAIDE", "00012", record({"", "DUPONT", "Marie"}), ""},
@@ -198,9 +170,9 @@ TEST(RecordChecks, AListNamesEachFieldOnce) {
     list.add(*b);
     list.add(*a);
     EXPECT_EQ(list.message(),
-              "Enregistrements incohérents, laissés de côté :\r\n"
-              "SSIADTOURNEE « 00100012215120800 », attribut 1 (fin prévue) : « 8h30 » n'est pas un nombre\r\n"
-              "SSIADTOURNEE « 001000122151208 », clé : 15 caractères au lieu de 17");
+              "Enregistrements incohérents, laissés de côté :\r\nSSIADTOURNEE « 00100012215120800 », "
+              "attribut 1 (fin prévue) : « 8h30 » n'est pas un nombre\r\nSSIADTOURNEE « 001000122151208 », "
+              "clé : 15 caractères au lieu de 17");
 }
 
 }  // namespace
