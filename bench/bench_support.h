@@ -27,6 +27,7 @@
 #include "mvdb/database.h"
 #include "mvdb/dictionary.h"
 #include "mvdb/forwarding_store.h"
+#include "mvdb/indexed_store.h"
 #include "mvdb/sqlite_store.h"
 #include "mvdb/store.h"
 
@@ -267,49 +268,35 @@ private:
     std::vector<sqlite3_stmt*> m_owned;
 };
 
-// The calls of a routine, each turned into the one prepared statement that does the same on the file.
+// The statement that a store runs for a recorded call.
+inline mvdb::StoreStatement statementOf(const Call& c) {
+    switch (c.kind) {
+        case Call::Read:
+            return mvdb::StoreStatement::Read;
+        case Call::Write:
+            return mvdb::StoreStatement::Write;
+        case Call::Remove:
+            return mvdb::StoreStatement::Remove;
+        case Call::ScanAll:
+            return mvdb::StoreStatement::ScanAll;
+        default:
+            return mvdb::StoreStatement::ScanRange;
+    }
+}
+
+// The calls of a routine, each turned into the one prepared statement that the store runs for it on the
+// file; `store` names the statements and runs none of them.
 class Replay {
 public:
-    Replay(Floor& floor, const std::vector<Call>& calls) : m_floor(floor) {
+    Replay(Floor& floor, const std::vector<Call>& calls, mvdb::IndexedStore& store) : m_floor(floor) {
         for (const Call& c : calls) {
-            if (c.kind == Call::BeginRead || c.kind == Call::EndRead) {
-                const std::string sql = c.kind == Call::BeginRead ? "BEGIN" : "COMMIT";
-                auto [it, fresh] = m_statements.try_emplace(sql, nullptr);
-                if (fresh) it->second = floor.prepare(sql);
-                m_steps.push_back({&c, it->second});
-                continue;
-            }
-            const bool scratch = mvdb::dictionaryFor(c.file).scratch;
-            const std::string table = std::string(scratch ? "temp" : "main") + ".\"f_" + c.file + "\"";
-            const std::string index = "main.\"x_" + c.file + "\"";
-            if (scratch)
-                floor.exec("CREATE TEMP TABLE IF NOT EXISTS \"f_" + c.file +
-                           "\"(key TEXT PRIMARY KEY, rec BLOB NOT NULL) WITHOUT ROWID");
             std::string sql;
-            switch (c.kind) {
-                case Call::Read:
-                    sql = "SELECT rec FROM " + table + " WHERE key = ?1";
-                    break;
-                case Call::Write:
-                    sql = "INSERT INTO " + table +
-                          "(key, rec) VALUES(?1, ?2) ON CONFLICT(key) DO UPDATE SET rec = excluded.rec";
-                    break;
-                case Call::Remove:
-                    sql = "DELETE FROM " + table + " WHERE key = ?1";
-                    break;
-                case Call::ScanAll:
-                    sql = "SELECT key, rec FROM " + table + " ORDER BY key";
-                    break;
-                case Call::BeginRead:
-                case Call::EndRead:
-                    break;
-                case Call::ScanRange:
-                    sql = "SELECT m.key, m.rec FROM " + index + " AS x CROSS JOIN " + table +
-                          " AS m ON m.key = x.key WHERE x.fld = ?1 AND x.k " +
-                          (c.range.lowInclusive ? ">=" : ">") + " ?2";
-                    if (!c.range.high.empty())
-                        sql += std::string(" AND x.k ") + (c.range.highInclusive ? "<=" : "<") + " ?3";
-                    break;
+            if (c.kind == Call::BeginRead || c.kind == Call::EndRead) {
+                sql = c.kind == Call::BeginRead ? "BEGIN" : "COMMIT";
+            } else {
+                if (mvdb::dictionaryFor(c.file).scratch)
+                    floor.exec(store.statementText(mvdb::StoreStatement::CreateTable, c.file));
+                sql = store.statementText(statementOf(c), c.file, c.range);
             }
             auto [it, fresh] = m_statements.try_emplace(sql, nullptr);
             if (fresh) it->second = floor.prepare(sql);

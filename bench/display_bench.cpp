@@ -106,11 +106,13 @@ class Plancher {
 public:
     Plancher(Ecran& e, const std::vector<bench::Call>& calls) {
         if (e.service.schema) {
+            auto store = mvdb::PgStore::open(bench::pgServer(), mvdb::OpenMode::ExistingOnly, e.service.schema->name);
             m_pgFloor = std::make_unique<bench::PgFloor>(bench::pgServer(), e.service.schema->name);
-            m_pgReplay = std::make_unique<bench::PgReplay>(*m_pgFloor, calls);
+            m_pgReplay = std::make_unique<bench::PgReplay>(*m_pgFloor, calls, *store);
         } else {
+            auto store = mvdb::SqliteStore::open(e.service.file.path, mvdb::OpenMode::ExistingOnly);
             m_floor = std::make_unique<bench::Floor>(e.service.file.path);
-            m_replay = std::make_unique<bench::Replay>(*m_floor, calls);
+            m_replay = std::make_unique<bench::Replay>(*m_floor, calls, *store);
         }
     }
     long run() { return m_replay ? m_replay->run() : m_pgReplay->run(); }

@@ -16,7 +16,6 @@
 
 #include "bench_support.h"
 #include "mvdb/dictionary.h"
-#include "mvdb/pg_connection.h"
 #include "mvdb/pg_store.h"
 
 namespace bench {
@@ -125,50 +124,19 @@ private:
     std::map<std::string, std::string> m_prepared;
 };
 
-// The calls of a routine replayed as bare prepared statements on PostgreSQL; read transactions as the
-// store opens them.
+// The calls of a routine replayed as bare prepared statements on PostgreSQL, those that `store` runs for
+// them; read transactions as the store opens them.
 class PgReplay {
 public:
-    PgReplay(PgFloor& floor, const std::vector<Call>& calls) : m_floor(floor) {
+    PgReplay(PgFloor& floor, const std::vector<Call>& calls, mvdb::IndexedStore& store) : m_floor(floor) {
         for (const Call& c : calls) {
             if (c.kind == Call::BeginRead || c.kind == Call::EndRead) {
                 m_steps.push_back({&c, {}});
                 continue;
             }
-            const bool scratch = mvdb::dictionaryFor(c.file).scratch;
-            const std::string table =
-                (scratch ? std::string("pg_temp") : floor.schema()) + ".\"f_" + c.file + "\"";
-            const std::string index = floor.schema() + ".\"x_" + c.file + "\"";
-            if (scratch)
-                floor.exec("CREATE TEMP TABLE IF NOT EXISTS \"f_" + c.file +
-                           "\"(key BYTEA PRIMARY KEY, rec BYTEA NOT NULL)");
-            std::string sql;
-            switch (c.kind) {
-                case Call::Read:
-                    sql = "SELECT rec FROM " + table + " WHERE key = $1";
-                    break;
-                case Call::Write:
-                    sql = "INSERT INTO " + table +
-                          "(key, rec) VALUES($1, $2) ON CONFLICT(key) DO UPDATE SET rec = excluded.rec";
-                    break;
-                case Call::Remove:
-                    sql = "DELETE FROM " + table + " WHERE key = $1";
-                    break;
-                case Call::ScanAll:
-                    sql = "SELECT key, rec FROM " + table + " ORDER BY key";
-                    break;
-                case Call::ScanRange:
-                    sql = "SELECT m.key, m.rec FROM " + index + " AS x JOIN " + table +
-                          " AS m ON m.key = x.key WHERE x.fld = $1 AND x.k " +
-                          (c.range.lowInclusive ? ">=" : ">") + " $2";
-                    if (!c.range.high.empty())
-                        sql += std::string(" AND x.k ") + (c.range.highInclusive ? "<=" : "<") + " $3";
-                    break;
-                case Call::BeginRead:
-                case Call::EndRead:
-                    break;
-            }
-            m_steps.push_back({&c, floor.prepare(sql)});
+            if (mvdb::dictionaryFor(c.file).scratch)
+                floor.exec(store.statementText(mvdb::StoreStatement::CreateTable, c.file));
+            m_steps.push_back({&c, floor.prepare(store.statementText(statementOf(c), c.file, c.range))});
         }
     }
 
@@ -210,56 +178,24 @@ private:
     std::vector<std::pair<const Call*, std::string>> m_steps;
 };
 
-// Writes records straight into a service's tables, index entries included as the store makes them, by
-// thousands per statement: generating a million records one store write at a time would take long.
-// Only for making a benchmark's data; flush() writes what is still kept.
-class PgBulkWriter {
-public:
-    PgBulkWriter(PgFloor& floor, std::string file) : m_floor(floor), m_file(std::move(file)) {}
-    void write(const std::string& key, const std::string& text) {
-        m_keys.push_back(key);
-        m_texts.push_back(text);
-        if (m_keys.size() >= 5000) flush();
-    }
-    void flush() {
-        if (m_keys.empty()) return;
-        std::vector<std::string_view> keys(m_keys.begin(), m_keys.end()),
-            texts(m_texts.begin(), m_texts.end());
-        std::vector<std::pair<std::string_view, std::string_view>> pairs;
-        for (std::size_t i = 0; i < m_keys.size(); ++i)
-            pairs.emplace_back(m_keys[i], m_texts[i]);
-        const mvdb::IndexEntryArrays entries = mvdb::indexEntryArrays(mvdb::dictionaryFor(m_file), pairs);
-        const std::string records = mvdb::pg::byteaArray(keys), contents = mvdb::pg::byteaArray(texts);
-        m_floor.run(m_floor.prepare("INSERT INTO " + m_floor.schema() + ".\"f_" + m_file +
-                                    "\"(key, rec) SELECT * FROM unnest($1::bytea[], $2::bytea[]) "
-                                    "ON CONFLICT(key) DO UPDATE SET rec = excluded.rec"),
-                    {records, contents}, 2);
-        m_floor.run(
-            m_floor.prepare("INSERT INTO " + m_floor.schema() + ".\"x_" + m_file +
-                            "\"(fld, k, key) SELECT * FROM unnest($1::integer[], $2::bytea[], $3::bytea[]) "
-                            "ON CONFLICT DO NOTHING"),
-            {entries.fields, entries.sortKeys, entries.keys}, 3);
-        m_keys.clear();
-        m_texts.clear();
-    }
-
-private:
-    PgFloor& m_floor;
-    std::string m_file;
-    std::vector<std::string> m_keys, m_texts;
-};
-
-// Writes into `file` of the schema, in bulk and in one transaction, the records that `generate` makes:
-// it is called with a function to call for each key and text. The server then gathers its statistics.
+// Writes into `file` of the schema, in one transaction, the records that `generate` makes: it is called
+// with a function to call for each key and text. They go to the store by thousands, as a load sends
+// them; generating a million records one store write at a time would take long. The server then
+// gathers its statistics.
 template <class Generate>
 void writeInBulk(const PgSchema& schema, const std::string& file, Generate generate) {
-    PgFloor floor(pgServer(), schema.name);
-    floor.exec("BEGIN");
-    PgBulkWriter writer(floor, file);
-    generate([&](const std::string& key, const std::string& text) { writer.write(key, text); });
-    writer.flush();
-    floor.exec("COMMIT");
-    floor.exec("ANALYZE");
+    std::unique_ptr<mvdb::Store> store = schema.open(mvdb::OpenMode::ExistingOnly);
+    std::vector<std::pair<std::string, std::string>> batch;
+    store->begin();
+    generate([&](const std::string& key, const std::string& text) {
+        batch.emplace_back(key, text);
+        if (batch.size() < 5000) return;
+        store->writeBatch(file, batch);
+        batch.clear();
+    });
+    store->writeBatch(file, batch);
+    store->commit();
+    PgFloor(pgServer(), schema.name).exec("ANALYZE");
 }
 
 }  // namespace bench

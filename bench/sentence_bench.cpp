@@ -11,6 +11,7 @@
 #include "base/text.h"
 #include "bench_support.h"
 #include "mvdb/dynamic_record.h"
+#include "mvdb/indexed_store.h"
 #include "mvdb/sort_key.h"
 #include "pg_support.h"
 
@@ -105,7 +106,7 @@ struct Selection {
     const char* file;
     std::string sentence;
     const char* list;
-    std::string sql;
+    std::string sql;                 // the conditions after the store's join of index and records
     std::string pgSql;               // the same on PostgreSQL, where keys are bytea
     std::vector<std::string> binds;  // the first an integer, then sort keys as blobs
     std::size_t premierTexte;        // binds from this one on compare with text: bound as text
@@ -115,13 +116,12 @@ struct Selection {
     bool (*avant)(const std::pair<std::string, std::string>&, const std::pair<std::string, std::string>&);
 };
 
-std::string indexJoin(const char* file) {
-    return std::string("SELECT m.key, m.rec FROM main.\"x_") + file + "\" AS x CROSS JOIN main.\"f_" + file +
-           "\" AS m ON m.key = x.key WHERE x.fld = ?1 AND ";
-}
-std::string pgIndexJoin(const char* file) {
-    return std::string("SELECT m.key, m.rec FROM \"x_") + file + "\" AS x JOIN \"f_" + file +
-           "\" AS m ON m.key = x.key WHERE x.fld = $1 AND ";
+// The store's own join of a file's index entries with its records, up to the conditions on the sort key,
+// which the hand-written SQL sets as it needs.
+std::string indexJoin(mvdb::Store& store, const std::string& file) {
+    const std::string range = dynamic_cast<mvdb::IndexedStore&>(store).statementText(
+        mvdb::StoreStatement::ScanRange, file, mvdb::KeyRange{});
+    return range.substr(0, range.rfind("x.k "));
 }
 
 std::vector<Selection> selections() {
@@ -132,8 +132,8 @@ std::vector<Selection> selections() {
          "SSIADTOURNEE",
          "SELECT SSIADTOURNEE AVEC CodeAide = \"00012\" AND AVEC DateTournee = \"" + jour + "\"",
          "0 1 2",
-         indexJoin("SSIADTOURNEE") + "x.k = ?2 AND substr(m.key, 9, 5) = ?3 ORDER BY m.key",
-         pgIndexJoin("SSIADTOURNEE") + "x.k = $2 AND substring(m.key from 9 for 5) = $3 ORDER BY m.key",
+         "x.k = ?2 AND substr(m.key, 9, 5) = ?3 ORDER BY m.key",
+         "x.k = $2 AND substring(m.key from 9 for 5) = $3 ORDER BY m.key",
          {"1", mvdb::sortKey("00012"), jour},
          2,
          nullptr,
@@ -143,10 +143,9 @@ std::vector<Selection> selections() {
          "SELECT SSIADTOURNEE AVEC CodeTournee = \"013\" AND AVEC DateTournee <= \"" + jour +
              "\" PAR-DECR DateTournee",
          "0",
-         indexJoin("SSIADTOURNEE") +
-             "x.k = ?2 AND substr(m.key, 9, 5) <= ?3 ORDER BY substr(m.key, 9, 5) DESC, m.key",
-         pgIndexJoin("SSIADTOURNEE") + "x.k = $2 AND substring(m.key from 9 for 5) <= $3 "
-                                       "ORDER BY substring(m.key from 9 for 5) DESC, m.key",
+         "x.k = ?2 AND substr(m.key, 9, 5) <= ?3 ORDER BY substr(m.key, 9, 5) DESC, m.key",
+         "x.k = $2 AND substring(m.key from 9 for 5) <= $3 "
+         "ORDER BY substring(m.key from 9 for 5) DESC, m.key",
          {"0", mvdb::sortKey("013"), jour},
          2,
          nullptr,
@@ -155,8 +154,8 @@ std::vector<Selection> selections() {
          "SSIADACCORDS",
          "SELECT SSIADACCORDS AVEC 1 <= \"" + accord + "\" AND AVEC 2 >= \"" + accord + "\" PAR CodeAide",
          "0 1 2 3",
-         indexJoin("SSIADACCORDS") + "x.k >= ?2 AND x.k <= ?3 ORDER BY m.key",
-         pgIndexJoin("SSIADACCORDS") + "x.k >= $2 AND x.k <= $3 ORDER BY m.key",
+         "x.k >= ?2 AND x.k <= ?3 ORDER BY m.key",
+         "x.k >= $2 AND x.k <= $3 ORDER BY m.key",
          {"1", std::string(1, mvdb::kNumberSegment), mvdb::sortKey(accord)},
          99,
          [](std::string_view rec) {
@@ -168,8 +167,8 @@ std::vector<Selection> selections() {
          "SSIADCARACTTOURNEE",
          "SELECT SSIADCARACTTOURNEE AVEC 1 = \"SOIGNANT]\" AND AVEC 9 <> \"1\" PAR 1",
          "0 1 10",
-         indexJoin("SSIADCARACTTOURNEE") + "x.k >= ?2 AND x.k < ?3",
-         pgIndexJoin("SSIADCARACTTOURNEE") + "x.k >= $2 AND x.k < $3",
+         "x.k >= ?2 AND x.k < ?3",
+         "x.k >= $2 AND x.k < $3",
          {"0", std::string(1, mvdb::kTextSegment) + "SOIGNANT",
           mvdb::prefixEnd(std::string(1, mvdb::kTextSegment) + "SOIGNANT")},
          99,
@@ -186,10 +185,10 @@ public:
     SqlALaMain(Fichier& f, const Selection& s) : m_s(s) {
         if (f.schema) {
             m_pgFloor = std::make_unique<bench::PgFloor>(bench::pgServer(), f.schema->name);
-            m_pgName = m_pgFloor->prepare(s.pgSql);
+            m_pgName = m_pgFloor->prepare(indexJoin(f.db->store(), s.file) + s.pgSql);
         } else {
             m_floor = std::make_unique<bench::Floor>(f.file.path);
-            m_stmt = m_floor->prepare(s.sql);
+            m_stmt = m_floor->prepare(indexJoin(f.db->store(), s.file) + s.sql);
         }
     }
 

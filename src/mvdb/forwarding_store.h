@@ -24,6 +24,10 @@ public:
     void write(const std::string& f, const std::string& k, const std::string& t) override {
         m_inner->write(f, k, t);
     }
+    void writeBatch(const std::string& f,
+                    const std::vector<std::pair<std::string, std::string>>& r) override {
+        m_inner->writeBatch(f, r);
+    }
     void remove(const std::string& f, const std::string& k) override { m_inner->remove(f, k); }
     void removeBatch(const std::string& f, const std::vector<std::string>& k) override {
         m_inner->removeBatch(f, k);

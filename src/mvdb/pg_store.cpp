@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <unordered_map>
 
 #include "base/error.h"
 #include "mvdb/dictionary.h"
@@ -274,14 +275,71 @@ void PgStore::removeBatch(const std::string& file, const std::vector<std::string
             m_db.run("DELETE FROM " + fi.table + " WHERE key = ANY($1::bytea[]) RETURNING key, rec",
                      {{pg::byteaArray(lot), false}}, what);
         if (!isIndexed(fi) || gone.empty()) continue;
-        std::vector<std::pair<std::string_view, std::string_view>> records;
+        Records records;
         records.reserve(gone.size());
         for (const pg::Row& row : gone)
             records.emplace_back(row[0], row[1]);
-        const IndexEntryArrays entries = indexEntryArrays(*fi.dictionary, records);
-        m_db.run("DELETE FROM " + fi.indexTable +
-                     " AS x USING unnest($1::integer[], $2::bytea[], $3::bytea[]) AS g(fld, k, key) "
-                     "WHERE x.fld = g.fld AND x.k = g.k AND x.key = g.key",
+        deleteIndexEntriesOf(fi, records);
+    }
+    scope.commit();
+}
+
+void PgStore::deleteIndexEntriesOf(const FileInfo& fi, const Records& records) {
+    const IndexEntryArrays entries = indexEntryArrays(*fi.dictionary, records);
+    m_db.run("DELETE FROM " + fi.indexTable +
+                 " AS x USING unnest($1::integer[], $2::bytea[], $3::bytea[]) AS g(fld, k, key) "
+                 "WHERE x.fld = g.fld AND x.k = g.k AND x.key = g.key",
+             {{entries.fields, false}, {entries.sortKeys, false}, {entries.keys, false}},
+             "index de " + fi.name);
+}
+
+void PgStore::writeBatch(const std::string& file,
+                         const std::vector<std::pair<std::string, std::string>>& records) {
+    const FileInfo& fi = info(file);
+    for (const auto& [key, text] : records)
+        checkKey(file, key);
+    if (records.empty()) return;
+    // One statement may change a row once only: the last text of each key, in the order first given.
+    std::unordered_map<std::string_view, std::size_t> last;
+    std::vector<std::string_view> order;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        auto [it, fresh] = last.try_emplace(records[i].first, i);
+        if (fresh) order.push_back(records[i].first);
+        it->second = i;
+    }
+    WriteScope scope(*this, fi);
+    // As the batch remove: thousands of records in a few statements, where one write after another
+    // would wait on the server several times for each.
+    constexpr std::size_t kPerStatement = 5000;
+    const std::string what = "écriture dans " + file;
+    for (std::size_t begin = 0; begin < order.size(); begin += kPerStatement) {
+        const std::size_t end = std::min(order.size(), begin + kPerStatement);
+        Records batch;
+        std::vector<std::string_view> keys, texts;
+        for (std::size_t i = begin; i < end; ++i) {
+            const auto& [key, text] = records[last.at(order[i])];
+            batch.emplace_back(key, text);
+            keys.push_back(key);
+            texts.push_back(text);
+        }
+        if (isIndexed(fi)) {
+            const std::vector<pg::Row> old =
+                m_db.run("SELECT key, rec FROM " + fi.table + " WHERE key = ANY($1::bytea[])",
+                         {{pg::byteaArray(keys), false}}, what);
+            Records replaced;
+            for (const pg::Row& row : old)
+                replaced.emplace_back(row[0], row[1]);
+            if (!replaced.empty()) deleteIndexEntriesOf(fi, replaced);
+        }
+        m_db.run("INSERT INTO " + fi.table +
+                     "(key, rec) SELECT * FROM unnest($1::bytea[], $2::bytea[]) "
+                     "ON CONFLICT(key) DO UPDATE SET rec = excluded.rec",
+                 {{pg::byteaArray(keys), false}, {pg::byteaArray(texts), false}}, what);
+        if (!isIndexed(fi)) continue;
+        const IndexEntryArrays entries = indexEntryArrays(*fi.dictionary, batch);
+        m_db.run("INSERT INTO " + fi.indexTable +
+                     "(fld, k, key) SELECT * FROM unnest($1::integer[], $2::bytea[], $3::bytea[]) "
+                     "ON CONFLICT DO NOTHING",
                  {{entries.fields, false}, {entries.sortKeys, false}, {entries.keys, false}},
                  "index de " + fi.name);
     }

@@ -42,6 +42,8 @@ public:
     PgStore(const PgStore&) = delete;
     PgStore& operator=(const PgStore&) = delete;
 
+    void writeBatch(const std::string& file,
+                    const std::vector<std::pair<std::string, std::string>>& records) override;
     void removeBatch(const std::string& file, const std::vector<std::string>& keys) override;
     void scanAll(const std::string& file, const RecordVisitor& visit) override;
     void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) override;
@@ -90,6 +92,9 @@ private:
     std::string statementSql(StoreStatement statement, const FileInfo& fi,
                              const KeyRange* range = nullptr) const;
     static std::vector<pg::Param> rangeParams(const KeyRange& range);
+    using Records = std::vector<std::pair<std::string_view, std::string_view>>;
+    // Removes the index entries of these records, given with their whole texts, in one statement.
+    void deleteIndexEntriesOf(const FileInfo& fi, const Records& records);
 
     pg::Connection m_db;
     std::string m_schema;  // quoted

@@ -348,6 +348,70 @@ TEST_P(StoreBehaviour, ABatchOfRemovesLeavesWhatRemovingEachWould) {
     }
 }
 
+// A load hands the store thousands of records at once. Whatever the store does with them, the records
+// and index entries must be those that writing each in turn leaves, which a reference service does here.
+TEST_P(StoreBehaviour, ABatchOfWritesLeavesWhatWritingEachWould) {
+    using Records = std::vector<std::pair<std::string, std::string>>;
+    auto record = [](const std::string& protocole, const std::string& heure) {
+        return heure + "\xFE" + protocole + "\xFD" + protocole + "X";
+    };
+    const Records existing = {{"00100012215110750", record("P1", "0800")},
+                              {"00200013215110900", record("P2", "0950")}};
+    const char* const sentences[] = {
+        "SELECT SSIADTOURNEE",
+        "SELECT SSIADTOURNEE AVEC CodeTournee = \"001\"",
+        "SELECT SSIADTOURNEE AVEC 2 = \"P1\"",
+        "SELECT SSIADTOURNEE AVEC 2 = \"P3X\"",
+        "SELECT SSIADTOURNEE AVEC 1 >= \"0900\" PAR 1",
+    };
+    struct Case {
+        const char* name;
+        Records batch;
+        std::string message;  // empty: written
+    } cases[] = {
+        {"an empty key among good ones",
+         {{"00300014215111000", record("P3", "1050")}, {"", "x"}},
+         "Écriture dans SSIADTOURNEE : clé vide"},
+        {"new records", {{"00300014215111000", record("P3", "1050")}, {"00300015215111100", "1150"}}, ""},
+        {"records replaced with other values",
+         {{"00100012215110750", record("P3", "1200")}, {"00200013215110900", ""}},
+         ""},
+        {"a key given twice keeps its last text",
+         {{"00100012215110750", record("P9", "0700")}, {"00100012215110750", record("P3", "0910")}},
+         ""},
+        {"nothing", {}, ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        for (const std::string& key : m.keys("SSIADTOURNEE", "SELECT SSIADTOURNEE"))
+            store().remove("SSIADTOURNEE", key);
+        testing_support::MemoryDatabase reference;
+        for (const auto& [key, text] : existing) {
+            store().write("SSIADTOURNEE", key, text);
+            reference.db->store().write("SSIADTOURNEE", key, text);
+        }
+        std::string message;
+        {
+            mvdb::Transaction t(*m.db);
+            message = errorOf([&] { store().writeBatch("SSIADTOURNEE", c.batch); });
+            if (message == "no error") t.commit();
+        }
+        EXPECT_EQ(message, c.message.empty() ? "no error" : c.message);
+        if (c.message.empty()) {
+            for (const auto& [key, text] : c.batch)
+                reference.db->store().write("SSIADTOURNEE", key, text);
+        }
+        for (const char* sentence : sentences) {
+            SCOPED_TRACE(sentence);
+            EXPECT_EQ(m.keys("SSIADTOURNEE", sentence), reference.keys("SSIADTOURNEE", sentence));
+        }
+        for (const std::string& key : reference.keys("SSIADTOURNEE", "SELECT SSIADTOURNEE"))
+            EXPECT_EQ(store().read("SSIADTOURNEE", key), reference.db->store().read("SSIADTOURNEE", key));
+    }
+    store().writeBatch("TPSTEMPO", {{"WORK", "a"}, {"WORK", "b"}});
+    EXPECT_EQ(store().read("TPSTEMPO", "WORK"), "b") << "work files too";
+}
+
 TEST_P(StoreBehaviour, NamesTheStatementsOfItsCalls) {
     auto& indexed = dynamic_cast<mvdb::IndexedStore&>(store());
     struct Case {

@@ -86,50 +86,7 @@ TEST(SqliteStore, KeepsRecordsExactlyAcrossReopening) {
     EXPECT_EQ(store->read("AUTRE", "k"), "v");
 }
 
-TEST(SqliteStore, RefusesBadKeysAndFileNames) {
-    auto store = mvdb::SqliteStore::open(":memory:", mvdb::OpenMode::CreateIfMissing);
-    struct Case {
-        const char* name;
-        std::function<void()> call;
-        std::string message;
-    } cases[] = {
-        {"empty key", [&] { store->write("CIVILAIDE", "", "x"); }, "Écriture dans CIVILAIDE : clé vide"},
-        {"mark in key",
-         [&] {
-             store->write("CIVILAIDE",
-                          "a\xFE"
-                          "b",
-                          "x");
-         },
-         "Écriture dans CIVILAIDE : la clé contient un séparateur"},
-        {"unknown file", [&] { store->read("NOPE", "1"); }, "Fichier inconnu : NOPE"},
-        {"bad file name", [&] { store->createFile("DROP TABLE;"); },
-         "Nom de fichier incorrect : « DROP TABLE; » (lettres, chiffres et _ seulement)"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        try {
-            c.call();
-            ADD_FAILURE() << "no error";
-        } catch (const base::Error& e) {
-            EXPECT_EQ(std::string(e.what()), c.message);
-        }
-    }
-}
-
-TEST(SqliteStore, RollbackLeavesEveryRecordAndIndexAsItWas) {
-    testing_support::MemoryDatabase m;
-    m.put("SSIADTOURNEE", "00100012215110750", {"0800", "P1"});
-    {
-        mvdb::Transaction t(*m.db);
-        m.db->store().remove("SSIADTOURNEE", "00100012215110750");
-        m.put("SSIADTOURNEE", "00100012215110900", {"0950", "P2"});
-        // Not committed: the scope ends as a failure between two passes would end it.
-    }
-    EXPECT_EQ(m.keys("SSIADTOURNEE", "SELECT SSIADTOURNEE AVEC DateTournee = \"21511\""),
-              std::vector<std::string>{"00100012215110750"});
-    EXPECT_EQ(m.keys("SSIADTOURNEE", "SELECT SSIADTOURNEE AVEC 2 = \"P2\""), std::vector<std::string>{});
-}
+// Keys, file names and rollbacks are the behaviours of every store: StoreBehaviour tries them on both.
 
 TEST(Database, ReadsWritesAndDeletesThroughFileObjects) {
     testing_support::MemoryDatabase m;
