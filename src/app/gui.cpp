@@ -21,6 +21,7 @@
 #include "app/demo_data.h"
 #include "base/clock.h"
 #include "base/error.h"
+#include "mvdb/pg_address.h"
 #include "mvdb/private_files.h"
 #include "qtui/main_window.h"
 #include "qtui/printers.h"
@@ -45,6 +46,8 @@ double zoomForScreen() {
 
 std::shared_ptr<mvdb::Database> openOrCreate(const GuiOptions& o, const base::Clock& clock) {
     std::string path = o.db.empty() ? defaultDatabasePath() : o.db;
+    // A server's service is opened as it stands: its address is no file, and may hold a password.
+    if (mvdb::pg::isServerAddress(path)) return openDatabase(path, mvdb::OpenMode::ExistingOnly, clock);
     bool fresh = !std::filesystem::exists(path);
     if (fresh && !o.db.empty())
         throw base::Error(base::codes::kStorage, "Base de données introuvable : " + path);
