@@ -72,13 +72,13 @@ BulkReadStore::BulkReadStore(std::unique_ptr<Store> inner) : ForwardingStore(std
 std::shared_ptr<BulkReadStore::Held> BulkReadStore::whole(const std::string& file) {
     if (!m_active || ruleFor(file).how != Holding::Whole) return nullptr;
     auto it = m_held.find(file);
-    if (it != m_held.end() && it->second->whole) return it->second;
+    if (it != m_held.end() && it->second && it->second->whole) return it->second;
     // Every file held whole comes in the same exchange: on a server, one wait instead of one per file.
     std::vector<std::string> files{file};
     for (const std::string& other : serviceFiles()) {
         if (other == file || ruleFor(other).how != Holding::Whole || !hasFile(other)) continue;
         auto held = m_held.find(other);
-        if (held == m_held.end() || !held->second->whole) files.push_back(other);
+        if (held == m_held.end() || !held->second || !held->second->whole) files.push_back(other);
     }
     std::map<std::string, std::shared_ptr<Held>> fetched;
     for (const std::string& f : files) {
