@@ -72,16 +72,28 @@ BulkReadStore::BulkReadStore(std::unique_ptr<Store> inner) : ForwardingStore(std
 std::shared_ptr<BulkReadStore::Held> BulkReadStore::whole(const std::string& file) {
     if (!m_active || ruleFor(file).how != Holding::Whole) return nullptr;
     auto it = m_held.find(file);
-    if (it != m_held.end() && it->second->whole) return it->second;
-    auto held = std::make_shared<Held>();
-    held->whole = true;
-    inner().scanAll(file, [&](const std::string& key, const std::string& text) {
-        held->records.emplace_back(key, text);
+    if (it != m_held.end() && it->second && it->second->whole) return it->second;
+    // Every file held whole comes in the same exchange: on a server, one wait instead of one per file.
+    std::vector<std::string> files{file};
+    for (const std::string& other : serviceFiles()) {
+        if (other == file || ruleFor(other).how != Holding::Whole || !hasFile(other)) continue;
+        auto held = m_held.find(other);
+        if (held == m_held.end() || !held->second || !held->second->whole) files.push_back(other);
+    }
+    std::map<std::string, std::shared_ptr<Held>> fetched;
+    for (const std::string& f : files) {
+        fetched[f] = std::make_shared<Held>();
+        fetched[f]->whole = true;
+    }
+    inner().scanFiles(files, [&](const std::string& f, const std::string& key, const std::string& text) {
+        fetched.at(f)->records.emplace_back(key, text);
         return true;
     });
-    sortByKey(held->records);
-    m_held[file] = held;
-    return held;
+    for (auto& [f, held] : fetched) {
+        sortByKey(held->records);
+        m_held[f] = held;
+    }
+    return fetched.at(file);
 }
 
 std::shared_ptr<BulkReadStore::Held> BulkReadStore::holding(const std::string& file, const KeyRange& range) {

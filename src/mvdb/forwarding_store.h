@@ -33,6 +33,9 @@ public:
         m_inner->removeBatch(f, k);
     }
     void scanAll(const std::string& f, const RecordVisitor& v) override { m_inner->scanAll(f, v); }
+    void scanFiles(const std::vector<std::string>& f, const FileRecordVisitor& v) override {
+        m_inner->scanFiles(f, v);
+    }
     void scanRange(const std::string& f, const KeyRange& r, const RecordVisitor& v) override {
         m_inner->scanRange(f, r, v);
     }

@@ -46,6 +46,8 @@ public:
                     const std::vector<std::pair<std::string, std::string>>& records) override;
     void removeBatch(const std::string& file, const std::vector<std::string>& keys) override;
     void scanAll(const std::string& file, const RecordVisitor& visit) override;
+    // One statement for all the files (pg_bulk_read.cpp).
+    void scanFiles(const std::vector<std::string>& files, const FileRecordVisitor& visit) override;
     void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) override;
     std::size_t count(const std::string& file) override;
     // The plan with sequential scans priced out, as the server plans for files large enough that an

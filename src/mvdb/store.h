@@ -19,6 +19,9 @@ struct KeyRange {
 
 // Called for each record a read finds; returning false stops the walk.
 using RecordVisitor = std::function<bool(const std::string& key, const std::string& text)>;
+// The same for a read of several files, with the record's file.
+using FileRecordVisitor =
+    std::function<bool(const std::string& file, const std::string& key, const std::string& text)>;
 
 // Where the records live. The store keeps, for every indexed field of a file's dictionary, the sort
 // keys of each record's values, and keeps them in step with every write and delete. Every failure is
@@ -63,6 +66,17 @@ public:
 
     // Every record of the file, in key order.
     virtual void scanAll(const std::string& file, const RecordVisitor& visit) = 0;
+    // Every record of each file, file after file, in no set order within a file: for a reader that
+    // needs several files whole, which a store on a server sends in one exchange.
+    virtual void scanFiles(const std::vector<std::string>& files, const FileRecordVisitor& visit) {
+        for (const std::string& file : files) {
+            bool more = true;
+            scanAll(file, [&](const std::string& key, const std::string& text) {
+                return more = visit(file, key, text);
+            });
+            if (!more) return;
+        }
+    }
     // The records having a value of the indexed field within the range, in no set order; a record with
     // several such values may come more than once.
     virtual void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) = 0;

@@ -194,7 +194,7 @@ TEST_P(BulkReads, ADayOfManyAidesCostsAFewRoundTrips) {
                            answersFor(remote, i);
         }
         if (aides > 1) {
-            EXPECT_LE(proxy.roundTrips(), 10);
+            EXPECT_LE(proxy.roundTrips(), 6);
         }
         std::string expected = query(*db, kSentences[0]);
         for (int i = 1; i <= aides; ++i)
