@@ -227,6 +227,12 @@ void BulkReadStore::remove(const std::string& file, const std::string& key) {
     ForwardingStore::remove(file, key);
 }
 
+void BulkReadStore::writeBatch(const std::string& file,
+                               const std::vector<std::pair<std::string, std::string>>& records) {
+    releaseFor(file);
+    ForwardingStore::writeBatch(file, records);
+}
+
 void BulkReadStore::removeBatch(const std::string& file, const std::vector<std::string>& keys) {
     releaseFor(file);
     ForwardingStore::removeBatch(file, keys);

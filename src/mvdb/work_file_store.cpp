@@ -35,6 +35,11 @@ void WorkFileStore::remove(const std::string& file, const std::string& key) {
     route(file).remove(file, key);
 }
 
+void WorkFileStore::writeBatch(const std::string& file,
+                               const std::vector<std::pair<std::string, std::string>>& records) {
+    route(file).writeBatch(file, records);
+}
+
 void WorkFileStore::removeBatch(const std::string& file, const std::vector<std::string>& keys) {
     route(file).removeBatch(file, keys);
 }

@@ -19,6 +19,8 @@ public:
     bool readInto(const std::string& file, const std::string& key, std::string& text) override;
     void write(const std::string& file, const std::string& key, const std::string& text) override;
     void remove(const std::string& file, const std::string& key) override;
+    void writeBatch(const std::string& file,
+                    const std::vector<std::pair<std::string, std::string>>& records) override;
     void removeBatch(const std::string& file, const std::vector<std::string>& keys) override;
     void scanAll(const std::string& file, const RecordVisitor& visit) override;
     void scanRange(const std::string& file, const KeyRange& range, const RecordVisitor& visit) override;

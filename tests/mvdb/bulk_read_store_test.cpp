@@ -180,6 +180,15 @@ TEST(BulkReadStore, AChangeToASharedFileEndsWhatIsHeld) {
     EXPECT_EQ(s.counted->calls, (Calls{{kWholeFiles, 1}, {"write CIVILAIDE", 2}, {"read CIVILAIDE", 2}}));
 }
 
+TEST(BulkReadStore, ABatchOfWritesEndsWhatIsHeldToo) {
+    Service s(2);
+    mvdb::ConsistentRead read(s.db);
+    EXPECT_EQ(s.db.store().read("CIVILAIDE", code(1)).value().substr(0, 4), "NOM1");
+    s.db.store().writeBatch("CIVILAIDE", {{code(1), "MARTIN"}, {code(2), "DURAND"}});
+    EXPECT_EQ(s.db.store().read("CIVILAIDE", code(1)), "MARTIN");
+    EXPECT_EQ(s.db.store().read("CIVILAIDE", code(2)), "DURAND");
+}
+
 // The work file is this workstation's: its records never reach the store beneath, and a rollback
 // takes back what a transaction wrote there as it does everywhere else.
 TEST(BulkReadStore, TheWorkFileStaysOffTheStoreAndFollowsTransactions) {
