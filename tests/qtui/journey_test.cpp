@@ -3,8 +3,10 @@
 #include "journey.h"
 
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTest>
 
 #include "companions/companions.h"
@@ -236,13 +238,63 @@ TEST_F(JourneyDay, JourneyTheZoomFollowsTheSizeOfTheWindow) {
                  &m_ctl->Cmd_Affichage, &m_ctl->Frame1, &m_ctl->Etq_Infirmier, &m_ctl->Cbo_Date,
                  &m_ctl->Etq_Aide(std::stoi(m_ctl->TabTempoDetail(1, 1)))}) {
             EXPECT_EQ(widgetOf(*c)->geometry(), z.rect(*c)) << c->name();
-            EXPECT_EQ(widgetOf(*c)->font().pixelSize(), z.font(*c).pixelSize()) << c->name();
+            // The font follows the zoom; a caption too wide for its box is drawn a little smaller.
+            EXPECT_LE(widgetOf(*c)->font().pixelSize(), z.font(*c).pixelSize()) << c->name();
+            EXPECT_GE(widgetOf(*c)->font().pixelSize(), z.font(*c).pixelSize() * 3 / 4) << c->name();
         }
         EXPECT_GE(view.width(), z.px(m_ctl->UserControl.width()));
         EXPECT_GE(view.height(), z.px(m_ctl->UserControl.height()));
     }
     EXPECT_TRUE(menuAction("Affichage", "Zoom 200 %")->isChecked());
     EXPECT_FALSE(menuAction("Affichage", "Zoom 125 %")->isChecked());
+}
+
+// What a caption needs beyond the room of its widget, in pixels; empty when it shows whole.
+std::string overflow(const qtui::FormView& view) {
+    std::string out;
+    for (const toolkit::Control* c : view.form().controls()) {
+        QWidget* w = view.widgetFor(c);
+        if (!w || !w->isVisible() || c->caption().empty()) continue;
+        const QFontMetrics metrics(w->font());
+        const QString text = QString::fromStdString(c->caption()).replace("\r\n", "\n");
+        QSize need, room;
+        if (auto* label = qobject_cast<QLabel*>(w)) {
+            room = label->contentsRect().size();
+            need = metrics.boundingRect(QRect(QPoint(), QSize(room.width(), 1 << 20)), Qt::TextWordWrap, text)
+                       .size();
+        } else if (auto* option = qobject_cast<QRadioButton*>(w)) {
+            // The style's indicator sets the button's height, whatever the font.
+            need = QSize(option->sizeHint().width(), metrics.height());
+            room = option->size();
+        } else if (qobject_cast<QPushButton*>(w)) {
+            need = QSize(metrics.horizontalAdvance(text) + 4, metrics.height());
+            room = w->size();
+        } else {
+            continue;
+        }
+        if (need.width() > room.width() || need.height() > room.height())
+            out += c->name() + " « " + c->caption() + " » " + std::to_string(need.width()) + "x" +
+                   std::to_string(need.height()) + " in " + std::to_string(room.width()) + "x" +
+                   std::to_string(room.height()) + " ";
+    }
+    return out;
+}
+
+// At every zoom of the menu, every caption of the screen and of the tournée characteristics shows whole.
+TEST_F(JourneyDay, JourneyEveryCaptionFitsItsControlAtEveryZoom) {
+    for (const char* zoom :
+         {"Zoom 100 %", "Zoom 125 %", "Zoom 150 %", "Zoom 175 %", "Zoom 200 %", "Zoom 250 %"}) {
+        SCOPED_TRACE(zoom);
+        menuAction("Affichage", zoom)->trigger();
+        QTest::qWait(20);
+        EXPECT_EQ(overflow(m_window->view()), "");
+        inDialog([this](qtui::FormView& view) {
+            EXPECT_EQ(overflow(view), "");
+            clickOn(static_cast<control::Frm_SsiadCaractTournee&>(view.form()).Cmd_Fermer);
+        });
+        clickOn(m_ctl->Cmd_Tournee);
+        ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    }
 }
 
 }  // namespace
