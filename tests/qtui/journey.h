@@ -75,6 +75,8 @@ protected:
     bool waitFor(const std::function<bool()>& done);
     // True when every expected modal window came and went.
     bool answersUsed() const { return m_answers.empty(); }
+    // Drops the answers kept for windows that may not come (the anomaly list of a day without anomaly).
+    void forgetAnswers() { m_answers.clear(); }
 
     // A new connection to the same database, as another workstation has: the reply of a query, one line
     // per record, values separated by tabs.

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
+#include <algorithm>
 
 #include "companions/companions.h"
 
@@ -295,6 +296,79 @@ TEST_F(JourneyDay, JourneyEveryCaptionFitsItsControlAtEveryZoom) {
         clickOn(m_ctl->Cmd_Tournee);
         ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
     }
+}
+
+// The aidé's file and management elements, changed and saved from the pop-up menu of a label: each save is
+// seen at once by another workstation.
+TEST_F(JourneyDay, JourneyCompanionScreensEditedAndSavedAreSeenElsewhere) {
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_GT(m_ctl->Etq_Aide.Count(), 1);
+    const toolkit::Label& label = firstLabel(*m_ctl);
+    const std::string aide = label.tag().substr(0, 5);
+    std::string telephone;
+    popupEntry(label, "Dossier Aide", [&](qtui::FormView& view) {
+        auto& form = static_cast<control::Frm_DossierAide&>(view.form());
+        typeInto(form.Txt_Telephone, " 99");
+        telephone = form.Txt_Telephone.text();
+        clickOn(form.Cmd_Enregistrer);
+        clickOn(form.Cmd_Fermer);
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    EXPECT_EQ(elsewhere("CIVILAIDE", "14", "SELECT CIVILAIDE AVEC 0 = \"" + aide + "\""), telephone + "\n");
+
+    popupEntry(label, "Eléments de gestion SSIAD", [&](qtui::FormView& view) {
+        auto& form = static_cast<control::Frm_ElemGestSSIAD&>(view.form());
+        typeInto(form.Txt_Secteur, "BIS");
+        clickOn(form.Cmd_Enregistrer);
+        clickOn(form.Cmd_Fermer);
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    EXPECT_NE(
+        elsewhere("SSIADELEMGEST", "23", "SELECT SSIADELEMGEST AVEC 0 = \"" + aide + "]\"").find("BIS\n"),
+        std::string::npos);
+
+    popupEntry(label, "Protocole de traitement",
+               [&](qtui::FormView& view) { clickOn(*view.form().find("Cmd_Fermer")); });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+}
+
+// A day of tournée 001: a waiting label placed, a placed one moved down, the gaps chained, the day
+// validated, and the same day shown again as another workstation now has it.
+TEST_F(JourneyDay, JourneyAPlannersDayOnTourneeOneFromDisplayToValidation) {
+    typeInto(m_ctl->Txt_CodeTournee, "001");
+    chooseIn(m_ctl->Cbo_Date, "30/11/2026");
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_TRUE(m_ctl->JourneeAffichee);
+    const qtui::Zoom z(1.0);
+    const auto detailAt = [&](double hour) {
+        return z.px(760 + (hour - m_ctl->HeureDebutEchelle) * 4 * m_ctl->PasQuartHeure);
+    };
+
+    const toolkit::Label& waiting = m_ctl->Etq_Aide(std::stoi(m_ctl->TabTempoAide(1, 1)));
+    const std::string aide = waiting.tag().substr(0, 5);
+    dragLabel(waiting, QPoint(10, 10), QPoint(150, detailAt(11)));
+    ASSERT_EQ(waiting.left(), 760);
+
+    const toolkit::Label& placed = m_ctl->Etq_Aide(std::stoi(m_ctl->TabTempoDetail(1, 1)));
+    const double before = placed.top();
+    dragLabel(placed, QPoint(10, 5), QPoint(150, detailAt(12) + 5));
+    EXPECT_GT(placed.top(), before);
+    EXPECT_EQ(placed.left(), 760);
+
+    clickOn(m_ctl->Cmd_Enchainement);
+    const std::string planned = m_ctl->TabTempoDetail->text();
+
+    // The anomaly list asks when a label stands outside its window.
+    inDialog([this](qtui::FormView& view) { clickOn(*view.form().find("Cmd_Ok")); });
+    clickOn(m_ctl->Cmd_Ok);
+    forgetAnswers();
+    const std::string saved =
+        elsewhere("SSIADTOURNEE", "0",
+                  "SELECT SSIADTOURNEE AVEC CodeTournee = \"001\" AND AVEC DateTournee = \"21519\"");
+    EXPECT_EQ(static_cast<std::int64_t>(std::count(saved.begin(), saved.end(), '\n')),
+              static_cast<std::int64_t>(std::count(planned.begin(), planned.end(), '\xFE')) + 1)
+        << saved;
+    EXPECT_NE(saved.find("001" + aide), std::string::npos) << saved;
 }
 
 }  // namespace
