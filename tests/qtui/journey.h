@@ -58,6 +58,9 @@ protected:
     // given, acts in the modal form that the entry opens.
     void popupEntry(const toolkit::Control& label, const QString& entry,
                     std::function<void(qtui::FormView&)> inForm = {});
+    // The same, with `next` answering whatever modal window the entry opens.
+    void popupEntryAnswered(const toolkit::Control& label, const QString& entry,
+                            std::function<void(QWidget*)> next);
     // The entry of the window's menu bar, by its menu's and its own text (without the "&").
     QAction* menuAction(const QString& menu, const QString& entry) const;
     // Presses the label at `grab` (pixels inside it), moves to `to` (pixels in the planning screen), and

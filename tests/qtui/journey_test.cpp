@@ -5,12 +5,15 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
 #include <algorithm>
 
 #include "companions/companions.h"
+#include "mvdb/store.h"
 
 namespace journey {
 namespace {
@@ -369,6 +372,48 @@ TEST_F(JourneyDay, JourneyAPlannersDayOnTourneeOneFromDisplayToValidation) {
               static_cast<std::int64_t>(std::count(planned.begin(), planned.end(), '\xFE')) + 1)
         << saved;
     EXPECT_NE(saved.find("001" + aide), std::string::npos) << saved;
+}
+
+// A waiting label sent to a tournée from its pop-up menu: the tournée opens on that day with the label to
+// place; placed and validated, it is seen elsewhere. A label that no tournée can take is told so, and
+// stays where it was.
+TEST_F(JourneyDay, JourneyTheAssignmentFromThePopUpMenu) {
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_GT(m_ctl->Etq_Aide.Count(), 1);
+    const toolkit::Label& label = firstLabel(*m_ctl);
+    const std::string aide = label.tag().substr(0, 5);
+    QString warning;
+    popupEntryAnswered(label, "Affectation tournée", [&](QWidget* window) {
+        if (auto* box = qobject_cast<QMessageBox*>(window)) {
+            warning = box->text();
+            return QTest::mouseClick(box->buttons().front(), Qt::LeftButton);
+        }
+        auto* view = window->findChild<qtui::FormView*>();
+        ASSERT_NE(view, nullptr);
+        auto* list = dynamic_cast<QListWidget*>(view->widgetFor(view->form().find("Lst_Tournee")));
+        ASSERT_NE(list, nullptr);
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(0)).center());
+        clickOn(*view->form().find("Cmd_Ok"));
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    // The demo service offers some labels no tournée: the warning is the other way this ends.
+    if (!warning.isEmpty()) {
+        EXPECT_EQ(warning, "Pas de tournée définie sur ce jour");
+        EXPECT_FALSE(m_ctl->Mod.FlagAffectationEnCours);
+        EXPECT_NE(label.left(), 760);
+        return;
+    }
+    ASSERT_TRUE(m_ctl->Mod.FlagAffectationEnCours);
+    const std::string code = m_ctl->Txt_CodeTournee.text();
+    EXPECT_EQ(m_ctl->Cmd_Sortir.caption(), "Annuler");
+    const qtui::Zoom z(1.0);
+    dragLabel(label, QPoint(10, 10), QPoint(150, z.px(760 + 4 * 4 * m_ctl->PasQuartHeure)));
+    ASSERT_EQ(label.left(), 760);
+    clickOn(m_ctl->Cmd_Ok);
+    EXPECT_FALSE(m_ctl->Mod.FlagAffectationEnCours);
+    EXPECT_NE(elsewhere("SSIADTOURNEE", "0", "SELECT SSIADTOURNEE AVEC CodeTournee = \"" + code + "\"")
+                  .find(code + aide),
+              std::string::npos);
 }
 
 }  // namespace
