@@ -46,7 +46,7 @@ Frm_SsiadCaractTournee::Frm_SsiadCaractTournee(Ctr_Zandorel& ctl)
       Cmd_Nouveau("Cmd_Nouveau", this),
       Cmd_Enregistrer("Cmd_Enregistrer", this),
       Cmd_Fermer("Cmd_Fermer", this) {
-    Lst_Tournees.setGeometry(120, 120, 3600, 4560);
+    Lst_Tournees.setGeometry(120, 120, 3240, 4560);
     struct Champ {
         toolkit::TextBox& boite;
         const char* legende;
@@ -63,10 +63,11 @@ Frm_SsiadCaractTournee::Frm_SsiadCaractTournee(Ctr_Zandorel& ctl)
                         {Txt_Secteurs, "Secteurs (séparés par des blancs)", 3000, 0},
                         {Txt_NbIntervenants, "Intervenants (1 ou 2)", 400, 1},
                         {Txt_Supprimee, "Supprimée (1)", 400, 1}};
+    // The legends have the room of the longest, "Secteurs (séparés par des blancs)", on one line.
     double top = 120;
     for (const Champ& c : champs) {
-        legende(c.legende, 3840, top, 2400);
-        c.boite.setGeometry(6300, top, c.largeur > 2600 ? 2580 : c.largeur, 315);
+        legende(c.legende, 3480, top, 2940);
+        c.boite.setGeometry(6480, top, c.largeur > 2400 ? 2400 : c.largeur, 315);
         c.boite.setMaxLength(c.longueur);
         top += 400;
     }

@@ -4,7 +4,9 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QMouseEvent>
+#include <QStyle>
 #include <algorithm>
+#include <optional>
 
 #include "base/error.h"
 #include "qtui/widgets.h"
@@ -29,7 +31,65 @@ QString colourStyle(const char* widget, toolkit::Colour back, toolkit::Colour fo
         .arg(widget, toQColor(back).name(), toQColor(fore).name());
 }
 
+// The room a caption has inside its widget, in pixels, and whether its words may wrap there.
+struct Room {
+    QSize size;
+    bool wraps = false;
+};
+
+std::optional<Room> captionRoom(const toolkit::Control& c, const QWidget* w) {
+    const QStyle* style = w->style();
+    switch (c.kind()) {
+        case toolkit::Kind::Label: {
+            const int border = c.border() ? 2 : 0;
+            return Room{w->size() - QSize(border, border), true};
+        }
+        case toolkit::Kind::CommandButton: {
+            const int margin = style->pixelMetric(QStyle::PM_ButtonMargin, nullptr, w) +
+                               2 * style->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, w);
+            return Room{w->size() - QSize(margin, 0), false};
+        }
+        case toolkit::Kind::Frame:
+            if (!c.border() || c.caption().empty()) return std::nullopt;
+            return Room{w->size() - QSize(FrameWidget::kCaptionInset, 0), false};
+        default:
+            return std::nullopt;
+    }
+}
+
+bool fits(const QFont& font, const QString& text, const Room& room) {
+    const QFontMetrics metrics(font);
+    if (!room.wraps)
+        return metrics.horizontalAdvance(text) <= room.size.width() && metrics.height() <= room.size.height();
+    const QRect needed = metrics.boundingRect(QRect(0, 0, room.size.width(), 1 << 20),
+                                              Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap, text);
+    return needed.width() <= room.size.width() && needed.height() <= room.size.height();
+}
+
 }  // namespace
+
+void FormView::fitCaption(const toolkit::Control& c, QWidget* w) const {
+    // The screen was laid out for fonts a little narrower than the ones that stand for them today: a
+    // caption that would be cut takes the largest size, down from its own, at which it shows whole.
+    if (c.kind() == toolkit::Kind::OptionButton) {
+        // Its indicator and margins are the style's: the button says what it needs. The indicator sets
+        // the height, which no font size changes.
+        QFont font = m_zoom.font(c);
+        w->setFont(font);
+        while (font.pixelSize() > 5 && w->sizeHint().width() > w->width()) {
+            font.setPixelSize(font.pixelSize() - 1);
+            w->setFont(font);
+        }
+        return;
+    }
+    const std::optional<Room> room = captionRoom(c, w);
+    if (!room) return;
+    const QString text = c.kind() == toolkit::Kind::Label ? caption(c.caption()) : qtext(c.caption());
+    QFont font = m_zoom.font(c);
+    while (font.pixelSize() > 5 && !fits(font, text, *room))
+        font.setPixelSize(font.pixelSize() - 1);
+    if (font != w->font()) w->setFont(font);
+}
 
 FormView::FormView(toolkit::Form& form, Zoom zoom, QWidget* parent)
     : QWidget(parent), m_form(form), m_zoom(zoom) {
@@ -174,6 +234,12 @@ void FormView::changed(toolkit::Control& c, toolkit::Property p) {
 }
 
 void FormView::apply(toolkit::Control& c, QWidget* w, toolkit::Property p) {
+    applyProperty(c, w, p);
+    using P = toolkit::Property;
+    if ((p == P::Geometry || p == P::Font || p == P::Caption) && w != this) fitCaption(c, w);
+}
+
+void FormView::applyProperty(toolkit::Control& c, QWidget* w, toolkit::Property p) {
     using P = toolkit::Property;
     using K = toolkit::Kind;
     switch (p) {

@@ -59,6 +59,8 @@ private:
     void create(toolkit::Control& control);
     void destroy(toolkit::Control& control);
     void apply(toolkit::Control& control, QWidget* widget, toolkit::Property property);
+    void applyProperty(toolkit::Control& control, QWidget* widget, toolkit::Property property);
+    void fitCaption(const toolkit::Control& control, QWidget* widget) const;
     void applyAll(toolkit::Control& control, QWidget* widget);
     QWidget* makeWidget(toolkit::Control& control, QWidget* parent);
     QPoint toFormPixels(const QWidget* widget, QPoint pos) const;

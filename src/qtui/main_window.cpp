@@ -39,6 +39,8 @@ MainWindow::MainWindow(control::Ctr_Zandorel& ctl, QtHost& host, Zoom zoom) : m_
     QAction* contents = help->addAction(QString::fromStdString(ctl.Mnu_Sommaire.caption()));
     connect(contents, &QAction::triggered, this,
             [this] { m_view->forward([this] { m_ctl.Mnu_Sommaire.fireClick(); }); });
+    // The zoom asked for, not the two thirds of the screen that Qt gives a new window at most.
+    resize(m_view->sizeHint() + QSize(0, menuBar()->sizeHint().height()));
 }
 
 void MainWindow::start() {

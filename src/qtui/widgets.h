@@ -47,6 +47,8 @@ class FrameWidget : public QFrame, public MouseForwarder {
 public:
     FrameWidget(FormView& view, toolkit::Control& control, QWidget* parent);
     void setCaption(const QString& caption);
+    // Pixels of the frame's width that its caption can't use: the inset before it and the gaps around it.
+    static constexpr int kCaptionInset = 8 + 6 + 8;
 
 protected:
     void paintEvent(QPaintEvent* e) override;

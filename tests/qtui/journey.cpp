@@ -137,6 +137,16 @@ void Journey::chooseIn(const toolkit::Control& control, const QString& entry) {
 
 void Journey::popupEntry(const toolkit::Control& label, const QString& entry,
                          std::function<void(qtui::FormView&)> inForm) {
+    if (!inForm) return popupEntryAnswered(label, entry, {});
+    popupEntryAnswered(label, entry, [inForm = std::move(inForm)](QWidget* window) {
+        auto* view = window->findChild<qtui::FormView*>();
+        ASSERT_NE(view, nullptr) << "a modal form was expected, not " << window->metaObject()->className();
+        inForm(*view);
+    });
+}
+
+void Journey::popupEntryAnswered(const toolkit::Control& label, const QString& entry,
+                                 std::function<void(QWidget*)> next) {
     QWidget* w = widgetOf(label);
     ASSERT_NE(w, nullptr) << label.name();
     activateFor(w);
@@ -152,7 +162,7 @@ void Journey::popupEntry(const toolkit::Control& label, const QString& entry,
         menu->close();
         FAIL() << entry.toStdString() << " is not in the pop-up menu";
     });
-    if (inForm) inDialog(std::move(inForm));
+    if (next) whenModal(std::move(next));
     QTest::mouseClick(w, Qt::RightButton, {}, QPoint(5, 5));
 }
 

@@ -58,6 +58,9 @@ protected:
     // given, acts in the modal form that the entry opens.
     void popupEntry(const toolkit::Control& label, const QString& entry,
                     std::function<void(qtui::FormView&)> inForm = {});
+    // The same, with `next` answering whatever modal window the entry opens.
+    void popupEntryAnswered(const toolkit::Control& label, const QString& entry,
+                            std::function<void(QWidget*)> next);
     // The entry of the window's menu bar, by its menu's and its own text (without the "&").
     QAction* menuAction(const QString& menu, const QString& entry) const;
     // Presses the label at `grab` (pixels inside it), moves to `to` (pixels in the planning screen), and
@@ -75,6 +78,8 @@ protected:
     bool waitFor(const std::function<bool()>& done);
     // True when every expected modal window came and went.
     bool answersUsed() const { return m_answers.empty(); }
+    // Drops the answers kept for windows that may not come (the anomaly list of a day without anomaly).
+    void forgetAnswers() { m_answers.clear(); }
 
     // A new connection to the same database, as another workstation has: the reply of a query, one line
     // per record, values separated by tabs.

@@ -3,11 +3,17 @@
 #include "journey.h"
 
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTest>
+#include <algorithm>
 
 #include "companions/companions.h"
+#include "mvdb/store.h"
 
 namespace journey {
 namespace {
@@ -236,13 +242,178 @@ TEST_F(JourneyDay, JourneyTheZoomFollowsTheSizeOfTheWindow) {
                  &m_ctl->Cmd_Affichage, &m_ctl->Frame1, &m_ctl->Etq_Infirmier, &m_ctl->Cbo_Date,
                  &m_ctl->Etq_Aide(std::stoi(m_ctl->TabTempoDetail(1, 1)))}) {
             EXPECT_EQ(widgetOf(*c)->geometry(), z.rect(*c)) << c->name();
-            EXPECT_EQ(widgetOf(*c)->font().pixelSize(), z.font(*c).pixelSize()) << c->name();
+            // The font follows the zoom; a caption too wide for its box is drawn a little smaller.
+            EXPECT_LE(widgetOf(*c)->font().pixelSize(), z.font(*c).pixelSize()) << c->name();
+            EXPECT_GE(widgetOf(*c)->font().pixelSize(), z.font(*c).pixelSize() * 3 / 4) << c->name();
         }
         EXPECT_GE(view.width(), z.px(m_ctl->UserControl.width()));
         EXPECT_GE(view.height(), z.px(m_ctl->UserControl.height()));
     }
     EXPECT_TRUE(menuAction("Affichage", "Zoom 200 %")->isChecked());
     EXPECT_FALSE(menuAction("Affichage", "Zoom 125 %")->isChecked());
+}
+
+// What a caption needs beyond the room of its widget, in pixels; empty when it shows whole.
+std::string overflow(const qtui::FormView& view) {
+    std::string out;
+    for (const toolkit::Control* c : view.form().controls()) {
+        QWidget* w = view.widgetFor(c);
+        if (!w || !w->isVisible() || c->caption().empty()) continue;
+        const QFontMetrics metrics(w->font());
+        const QString text = QString::fromStdString(c->caption()).replace("\r\n", "\n");
+        QSize need, room;
+        if (auto* label = qobject_cast<QLabel*>(w)) {
+            room = label->contentsRect().size();
+            need = metrics.boundingRect(QRect(QPoint(), QSize(room.width(), 1 << 20)), Qt::TextWordWrap, text)
+                       .size();
+        } else if (auto* option = qobject_cast<QRadioButton*>(w)) {
+            // The style's indicator sets the button's height, whatever the font.
+            need = QSize(option->sizeHint().width(), metrics.height());
+            room = option->size();
+        } else if (qobject_cast<QPushButton*>(w)) {
+            need = QSize(metrics.horizontalAdvance(text) + 4, metrics.height());
+            room = w->size();
+        } else {
+            continue;
+        }
+        if (need.width() > room.width() || need.height() > room.height())
+            out += c->name() + " « " + c->caption() + " » " + std::to_string(need.width()) + "x" +
+                   std::to_string(need.height()) + " in " + std::to_string(room.width()) + "x" +
+                   std::to_string(room.height()) + " ";
+    }
+    return out;
+}
+
+// At every zoom of the menu, every caption of the screen and of the tournée characteristics shows whole.
+TEST_F(JourneyDay, JourneyEveryCaptionFitsItsControlAtEveryZoom) {
+    for (const char* zoom :
+         {"Zoom 100 %", "Zoom 125 %", "Zoom 150 %", "Zoom 175 %", "Zoom 200 %", "Zoom 250 %"}) {
+        SCOPED_TRACE(zoom);
+        menuAction("Affichage", zoom)->trigger();
+        QTest::qWait(20);
+        EXPECT_EQ(overflow(m_window->view()), "");
+        inDialog([this](qtui::FormView& view) {
+            EXPECT_EQ(overflow(view), "");
+            clickOn(static_cast<control::Frm_SsiadCaractTournee&>(view.form()).Cmd_Fermer);
+        });
+        clickOn(m_ctl->Cmd_Tournee);
+        ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    }
+}
+
+// The aidé's file and management elements, changed and saved from the pop-up menu of a label: each save is
+// seen at once by another workstation.
+TEST_F(JourneyDay, JourneyCompanionScreensEditedAndSavedAreSeenElsewhere) {
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_GT(m_ctl->Etq_Aide.Count(), 1);
+    const toolkit::Label& label = firstLabel(*m_ctl);
+    const std::string aide = label.tag().substr(0, 5);
+    std::string telephone;
+    popupEntry(label, "Dossier Aide", [&](qtui::FormView& view) {
+        auto& form = static_cast<control::Frm_DossierAide&>(view.form());
+        typeInto(form.Txt_Telephone, " 99");
+        telephone = form.Txt_Telephone.text();
+        clickOn(form.Cmd_Enregistrer);
+        clickOn(form.Cmd_Fermer);
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    EXPECT_EQ(elsewhere("CIVILAIDE", "14", "SELECT CIVILAIDE AVEC 0 = \"" + aide + "\""), telephone + "\n");
+
+    popupEntry(label, "Eléments de gestion SSIAD", [&](qtui::FormView& view) {
+        auto& form = static_cast<control::Frm_ElemGestSSIAD&>(view.form());
+        typeInto(form.Txt_Secteur, "BIS");
+        clickOn(form.Cmd_Enregistrer);
+        clickOn(form.Cmd_Fermer);
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    EXPECT_NE(
+        elsewhere("SSIADELEMGEST", "23", "SELECT SSIADELEMGEST AVEC 0 = \"" + aide + "]\"").find("BIS\n"),
+        std::string::npos);
+
+    popupEntry(label, "Protocole de traitement",
+               [&](qtui::FormView& view) { clickOn(*view.form().find("Cmd_Fermer")); });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+}
+
+// A day of tournée 001: a waiting label placed, a placed one moved down, the gaps chained, the day
+// validated, and the same day shown again as another workstation now has it.
+TEST_F(JourneyDay, JourneyAPlannersDayOnTourneeOneFromDisplayToValidation) {
+    typeInto(m_ctl->Txt_CodeTournee, "001");
+    chooseIn(m_ctl->Cbo_Date, "30/11/2026");
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_TRUE(m_ctl->JourneeAffichee);
+    const qtui::Zoom z(1.0);
+    const auto detailAt = [&](double hour) {
+        return z.px(760 + (hour - m_ctl->HeureDebutEchelle) * 4 * m_ctl->PasQuartHeure);
+    };
+
+    const toolkit::Label& waiting = m_ctl->Etq_Aide(std::stoi(m_ctl->TabTempoAide(1, 1)));
+    const std::string aide = waiting.tag().substr(0, 5);
+    dragLabel(waiting, QPoint(10, 10), QPoint(150, detailAt(11)));
+    ASSERT_EQ(waiting.left(), 760);
+
+    const toolkit::Label& placed = m_ctl->Etq_Aide(std::stoi(m_ctl->TabTempoDetail(1, 1)));
+    const double before = placed.top();
+    dragLabel(placed, QPoint(10, 5), QPoint(150, detailAt(12) + 5));
+    EXPECT_GT(placed.top(), before);
+    EXPECT_EQ(placed.left(), 760);
+
+    clickOn(m_ctl->Cmd_Enchainement);
+    const std::string planned = m_ctl->TabTempoDetail->text();
+
+    // The anomaly list asks when a label stands outside its window.
+    inDialog([this](qtui::FormView& view) { clickOn(*view.form().find("Cmd_Ok")); });
+    clickOn(m_ctl->Cmd_Ok);
+    forgetAnswers();
+    const std::string saved =
+        elsewhere("SSIADTOURNEE", "0",
+                  "SELECT SSIADTOURNEE AVEC CodeTournee = \"001\" AND AVEC DateTournee = \"21519\"");
+    EXPECT_EQ(static_cast<std::int64_t>(std::count(saved.begin(), saved.end(), '\n')),
+              static_cast<std::int64_t>(std::count(planned.begin(), planned.end(), '\xFE')) + 1)
+        << saved;
+    EXPECT_NE(saved.find("001" + aide), std::string::npos) << saved;
+}
+
+// A waiting label sent to a tournée from its pop-up menu: the tournée opens on that day with the label to
+// place; placed and validated, it is seen elsewhere. A label that no tournée can take is told so, and
+// stays where it was.
+TEST_F(JourneyDay, JourneyTheAssignmentFromThePopUpMenu) {
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_GT(m_ctl->Etq_Aide.Count(), 1);
+    const toolkit::Label& label = firstLabel(*m_ctl);
+    const std::string aide = label.tag().substr(0, 5);
+    QString warning;
+    popupEntryAnswered(label, "Affectation tournée", [&](QWidget* window) {
+        if (auto* box = qobject_cast<QMessageBox*>(window)) {
+            warning = box->text();
+            return QTest::mouseClick(box->buttons().front(), Qt::LeftButton);
+        }
+        auto* view = window->findChild<qtui::FormView*>();
+        ASSERT_NE(view, nullptr);
+        auto* list = dynamic_cast<QListWidget*>(view->widgetFor(view->form().find("Lst_Tournee")));
+        ASSERT_NE(list, nullptr);
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(0)).center());
+        clickOn(*view->form().find("Cmd_Ok"));
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    // The demo service offers some labels no tournée: the warning is the other way this ends.
+    if (!warning.isEmpty()) {
+        EXPECT_EQ(warning, "Pas de tournée définie sur ce jour");
+        EXPECT_FALSE(m_ctl->Mod.FlagAffectationEnCours);
+        EXPECT_NE(label.left(), 760);
+        return;
+    }
+    ASSERT_TRUE(m_ctl->Mod.FlagAffectationEnCours);
+    const std::string code = m_ctl->Txt_CodeTournee.text();
+    EXPECT_EQ(m_ctl->Cmd_Sortir.caption(), "Annuler");
+    const qtui::Zoom z(1.0);
+    dragLabel(label, QPoint(10, 10), QPoint(150, z.px(760 + 4 * 4 * m_ctl->PasQuartHeure)));
+    ASSERT_EQ(label.left(), 760);
+    clickOn(m_ctl->Cmd_Ok);
+    EXPECT_FALSE(m_ctl->Mod.FlagAffectationEnCours);
+    EXPECT_NE(elsewhere("SSIADTOURNEE", "0", "SELECT SSIADTOURNEE AVEC CodeTournee = \"" + code + "\"")
+                  .find(code + aide),
+              std::string::npos);
 }
 
 }  // namespace
