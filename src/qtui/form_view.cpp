@@ -387,6 +387,9 @@ void FormView::focusArrived(QWidget* now) {
 bool FormView::focusNextPrevChild(bool next) {
     toolkit::Control* active = m_form.activeControl();
     if (!active) return QWidget::focusNextPrevChild(next);
+    // Qt moves the focus on its own when the widget holding it is disabled or hidden, as a long command
+    // does to the button that started it: that is no Tab of the user's, and the model keeps its focus.
+    if (m_busy > 0 || !active->effectivelyEnabled() || !active->effectivelyVisible()) return true;
     if (next) {
         forward([&] { toolkit::input::key(*active, toolkit::Key::Tab); });
     } else if (toolkit::Control* previous = m_form.nextInTabOrder(active, false)) {

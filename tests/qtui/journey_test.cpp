@@ -416,5 +416,37 @@ TEST_F(JourneyDay, JourneyTheAssignmentFromThePopUpMenu) {
               std::string::npos);
 }
 
+// The dialog answered from the keyboard, as planners do: Down picks the second tournée offered and Return
+// validates. The key that closes the dialog must end there: the planning screen behind it, disabled
+// while the tournée opens, never receives it.
+TEST_F(JourneyDay, JourneyTheAssignmentDialogAnsweredFromTheKeyboard) {
+    clickOn(m_ctl->Cmd_Affichage);
+    const toolkit::Label* lemaire = nullptr;
+    for (toolkit::Control* c : m_ctl->Etq_Aide.elements()) {
+        auto* label = static_cast<toolkit::Label*>(c);
+        if (c->index() > 0 && label->caption().rfind("LEMAIRE\r\nMonique", 0) == 0) lemaire = label;
+    }
+    ASSERT_NE(lemaire, nullptr) << "the demo service waits for LEMAIRE Monique on Monday";
+    QStringList offered;
+    popupEntryAnswered(*lemaire, "Affectation tournée", [&](QWidget* window) {
+        auto* view = window->findChild<qtui::FormView*>();
+        ASSERT_NE(view, nullptr);
+        auto* list = dynamic_cast<QListWidget*>(view->widgetFor(view->form().find("Lst_Tournee")));
+        ASSERT_NE(list, nullptr);
+        for (int i = 0; i < list->count(); ++i)
+            offered << list->item(i)->text();
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(0)).center());
+        QTest::keyClick(list, Qt::Key_Down);
+        QTest::keyClick(list, Qt::Key_Return);
+    });
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    ASSERT_EQ(offered.size(), 2);
+    EXPECT_TRUE(offered[0].startsWith("002 ")) << offered[0].toStdString();
+    EXPECT_TRUE(offered[1].startsWith("006 ")) << offered[1].toStdString();
+    QTest::qWait(200);
+    EXPECT_TRUE(m_ctl->Mod.FlagAffectationEnCours);
+    EXPECT_EQ(m_ctl->Txt_CodeTournee.text(), "006");
+}
+
 }  // namespace
 }  // namespace journey
