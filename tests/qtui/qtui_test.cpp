@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include "app/demo_data.h"
+#include "demo_screen.h"
 #include "qtui/main_window.h"
 #include "shell/ctr_zandorel.h"
 #include "support/memory_database.h"
@@ -18,31 +19,7 @@
 
 namespace {
 
-class QtScreen : public ::testing::Test {
-protected:
-    void SetUp() override {
-        // 23/11/2026, a Monday: the demo service's two-intervenant tournée runs on it.
-        service.clock.setToday(*base::Date::fromDmy(23, 11, 2026));
-        app::writeDemoService(*service.db, app::DemoOptions{service.clock.today(), 40, 60, 1});
-        ctl = std::make_unique<control::Ctr_Zandorel>(host, service.clock);
-        ctl->setTheClient(nullptr);
-        ctl->setTheDatabase(service.db);
-        ctl->setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(2));
-        window = std::make_unique<qtui::MainWindow>(*ctl, host, qtui::Zoom(1.0));
-        window->show();
-        window->start();
-    }
-
-    template <typename W>
-    W* widget(const toolkit::Control& c) {
-        return dynamic_cast<W*>(window->view().widgetFor(&c));
-    }
-
-    testing_support::MemoryDatabase service;
-    qtui::QtHost host{qtui::Zoom(1.0)};
-    std::unique_ptr<control::Ctr_Zandorel> ctl;
-    std::unique_ptr<qtui::MainWindow> window;
-};
+using QtScreen = testing_support::DemoScreen;
 
 TEST_F(QtScreen, MirrorsTheStartOfTheDay) {
     auto* date = widget<QLineEdit>(ctl->Txt_Date);

@@ -11,6 +11,7 @@
 #include <QTest>
 
 #include "app/demo_data.h"
+#include "demo_screen.h"
 #include "model/labels.h"
 #include "qtui/main_window.h"
 #include "shell/ctr_zandorel.h"
@@ -18,18 +19,10 @@
 
 namespace {
 
-class WeekScreen : public ::testing::Test {
+class WeekScreen : public testing_support::DemoScreen {
 protected:
     void SetUp() override {
-        service.clock.setToday(*base::Date::fromDmy(23, 11, 2026));
-        app::writeDemoService(*service.db, app::DemoOptions{service.clock.today(), 40, 60, 1});
-        ctl = std::make_unique<control::Ctr_Zandorel>(host, service.clock);
-        ctl->setTheClient(nullptr);
-        ctl->setTheDatabase(service.db);
-        ctl->setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(2));
-        window = std::make_unique<qtui::MainWindow>(*ctl, host, qtui::Zoom(1.0));
-        window->show();
-        window->start();
+        DemoScreen::SetUp();
         week = &qtui::WeekWindow::showFor(*ctl, window->view(), window.get());
     }
 
@@ -40,10 +33,6 @@ protected:
         return nullptr;
     }
 
-    testing_support::MemoryDatabase service;
-    qtui::QtHost host{qtui::Zoom(1.0)};
-    std::unique_ptr<control::Ctr_Zandorel> ctl;
-    std::unique_ptr<qtui::MainWindow> window;
     qtui::WeekWindow* week = nullptr;
 };
 
