@@ -1,19 +1,7 @@
 #!/usr/bin/env bash
 # The command-line contract as outside tests see it: exit codes, messages and the round trip of a service.
-set -u
 zandorel=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-check() {  # name, expected exit code, command...
-    local name=$1 expected=$2
-    shift 2
-    "$@" >"$work/out" 2>"$work/err"
-    local code=$?
-    if [ "$code" -ne "$expected" ]; then
-        echo "FAIL $name: exit $code, expected $expected"; cat "$work/err"; failures=$((failures + 1))
-    fi
-}
+. "$(dirname "$0")/cli_checks.sh"
 
 check "demo data" 0 "$zandorel" demo-data --db "$work/d.db" --today 23/11/2026
 check "demo data twice is refused" 1 "$zandorel" demo-data --db "$work/d.db" --today 23/11/2026

@@ -2,12 +2,8 @@
 # What the screen prints under `zandorel play` reaches the PDF file that `printer pdf:PATH` names: the
 # anomaly list printed from its dialog, then the one-tournée report from the screen's Imprimer, each in
 # its own file; a file that cannot be written is an error. The texts are read back with pdftotext.
-set -u
 zandorel=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-fail() { echo "FAIL $*"; failures=$((failures + 1)); }
+. "$(dirname "$0")/cli_checks.sh"
 command -v pdftotext >/dev/null || { echo "pdftotext missing: install poppler-utils (scripts/deps.sh)"; exit 1; }
 
 "$zandorel" demo-data --db "$work/d.db" --today 23/11/2026 2>/dev/null || { echo "FAIL demo data"; exit 1; }

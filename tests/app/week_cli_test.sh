@@ -1,19 +1,7 @@
 #!/usr/bin/env bash
 # `zandorel week` as outside tests see it: exit codes, the JSON form, and a database left unchanged.
-set -u
 zandorel=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-check() {  # name, expected exit code, command...
-    local name=$1 expected=$2
-    shift 2
-    "$@" >"$work/out" 2>"$work/err"
-    local code=$?
-    if [ "$code" -ne "$expected" ]; then
-        echo "FAIL $name: exit $code, expected $expected"; cat "$work/err"; failures=$((failures + 1))
-    fi
-}
+. "$(dirname "$0")/cli_checks.sh"
 
 check "no date" 2 "$zandorel" week --db "$work/d.db"
 check "a date that is no day" 2 "$zandorel" week --db "$work/d.db" --date 32/11/2026
