@@ -330,8 +330,33 @@ TEST_F(JourneyDay, JourneyCompanionScreensEditedAndSavedAreSeenElsewhere) {
         elsewhere("SSIADELEMGEST", "23", "SELECT SSIADELEMGEST AVEC 0 = \"" + aide + "]\"").find("BIS\n"),
         std::string::npos);
 
-    popupEntry(label, "Protocole de traitement",
-               [&](qtui::FormView& view) { clickOn(*view.form().find("Cmd_Fermer")); });
+    // The care plan's windows as the planner reads them: each row opens with its window in hours and
+    // minutes (a bound of 1150 hundredths of an hour is 11h30), as the stored protocoles have it.
+    const auto hhmm = [](const std::string& centiemes) {
+        const int c = std::stoi(centiemes);
+        const int minutes = (c % 100 * 60 + 50) / 100;
+        return QString("%1h%2").arg(c / 100, 2, 10, QChar('0')).arg(minutes, 2, 10, QChar('0'));
+    };
+    QStringList windows;
+    const QStringList stored =
+        QString::fromStdString(
+            elsewhere("SSIADPROTOCOLE", "0 2", "SELECT SSIADPROTOCOLE AVEC CodeAide = \"" + aide + "\""))
+            .split('\n', Qt::SkipEmptyParts);
+    for (const QString& line : stored) {
+        const QStringList cells = line.split('\t');
+        windows << hhmm(cells[0].right(4).toStdString()) + " - " + hhmm(cells[1].toStdString());
+    }
+    popupEntry(label, "Protocole de traitement", [&](qtui::FormView& view) {
+        auto& form = static_cast<control::Frm_ProtocoleSsiad&>(view.form());
+        auto* list = dynamic_cast<QListWidget*>(view.widgetFor(&form.Lst_Protocoles));
+        ASSERT_NE(list, nullptr);
+        ASSERT_GT(list->count(), 0);
+        for (int i = 0; i < list->count(); ++i) {
+            const QString row = list->item(i)->text();
+            EXPECT_TRUE(windows.contains(row.left(13))) << row.toStdString() << " is no stored window";
+        }
+        clickOn(form.Cmd_Fermer);
+    });
     ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
 }
 
