@@ -128,6 +128,12 @@ check "print a PDF" 0 "$zandorel" print --db "$work/d.db" --date 23/11/2026 --ou
 check "load a folder" 1 "$zandorel" load --db "$work/i.db" "$work/folder"
 grep -q "Lecture impossible de $work/folder" "$work/err" ||
     { echo "FAIL load a folder: message"; cat "$work/err"; failures=$((failures + 1)); }
+[ -e "$work/i.db" ] && { echo "FAIL load a folder: a database was left"; failures=$((failures + 1)); }
+check "load a missing file" 1 "$zandorel" load --db "$work/i.db" "$work/none.jsonl"
+grep -q "Lecture impossible du fichier $work/none.jsonl" "$work/err" ||
+    { echo "FAIL load a missing file: message"; cat "$work/err"; failures=$((failures + 1)); }
+check "load a bad line" 1 "$zandorel" load --db "$work/i.db" <(printf '{oops\n')
+ls "$work"/i.db* >/dev/null 2>&1 && { echo "FAIL load: a database was left"; failures=$((failures + 1)); }
 
 # What Zandorel creates is its owner's alone, whatever the umask.
 (umask 000 && "$zandorel" demo-data --db "$work/private.db" --today 23/11/2026 2>/dev/null)
