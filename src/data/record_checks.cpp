@@ -208,7 +208,7 @@ void FaultList::add(const RecordFault& fault) {
 }
 
 std::string FaultList::message() const {
-    std::string texte = "Enregistrements incohérents, laissés de côté :";
+    std::string texte(kFaultsHead);
     for (const RecordFault& f : m_faults)
         texte += "\r\n" + f.text();
     return texte;

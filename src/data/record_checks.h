@@ -42,6 +42,10 @@ std::optional<RecordFault> checkTourneeHours(std::string_view code, const mvdb::
 std::optional<RecordFault> checkRecord(std::string_view file, std::string_view key,
                                        const mvdb::DynamicRecord& record);
 
+// The head line of the box that tells the faults: whoever reads the boxes of a command tells it from
+// the others by it.
+inline constexpr std::string_view kFaultsHead = "Enregistrements incohérents, laissés de côté :";
+
 // The faults one display or print met, each field once, in the order met.
 class FaultList {
 public:
