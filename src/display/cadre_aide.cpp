@@ -169,6 +169,13 @@ bool Ctr_Zandorel::accordSain(const mvdb::DynamicRecord& accords, std::int64_t i
                                                     accords(i, kDernierJourAccord)));
 }
 
+bool Ctr_Zandorel::absencesSaines(const std::string& CodeAide) {
+    data::FichiersSSIAD& f = Mod.fichiers;
+    mvdb::DynamicRecord civil;
+    return !f.CIVILAIDE || !data::LireEnregistrement(*f.CIVILAIDE, civil, CodeAide) ||
+           enregistrementSain(data::checkRecord(data::kCIVILAIDE, CodeAide, civil));
+}
+
 bool Ctr_Zandorel::secteurDeLaTournee(const std::string& cleElemGest) {
     data::FichiersSSIAD& f = Mod.fichiers;
     if (!data::LireEnregistrement(*f.SSIADELEMGEST, f.EnregSSIADELEMGEST, cleElemGest)) return false;
@@ -202,6 +209,7 @@ void Ctr_Zandorel::CadreAideSansTournee() {
                     if (!accordSain(TabAccords, i)) continue;
                     if (!data::PeriodeActive(database(), TabAccords, i)) continue;
                     const std::string code = base::Left(TabAccords(i, kCleAccord), 5);
+                    if (!absencesSaines(code)) continue;
                     RechercheProtocole(code);
                     RechercheInterventionsValidees(code, false, 2);
                     // 3.
@@ -234,6 +242,7 @@ void Ctr_Zandorel::CadreAideAvecTournee() {
                 // 3.
                 if (!accordSain(TabAccordsTournee, i)) continue;
                 if (!data::PeriodeActive(database(), TabAccordsTournee, i)) continue;
+                if (!absencesSaines(code)) continue;
                 // 4. With the tournée's filter; every record of the aidé's day, this tournée's included.
                 RechercheProtocole(code);
                 RechercheInterventionsValidees(code, true, 2);

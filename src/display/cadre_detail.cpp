@@ -278,7 +278,7 @@ void Ctr_Zandorel::CadreDetail(const std::string& CodeAide, const std::string& C
         "SELECT SSIADACCORDS AVEC CodeAide =" + entreGuillemets(CodeAide) +
             " AND AVEC 1 <= " + entreGuillemets(jour) + " AND AVEC 2 >= " + entreGuillemets(jour),
         data::kSSIADACCORDS, "0 1 2 3");
-    if (accords(1).empty() || !accordSain(accords, 1) || !data::PeriodeActive(database(), accords, 1)) return;
+    if (accords(1).empty() || !data::PeriodeActive(database(), accords, 1)) return;
 
     // 3. The aidé's records of the half-day in the other tournées.
     RechercheProtocole(CodeAide);

@@ -83,14 +83,6 @@ void Ctr_Zandorel::RechercheProtocole(const std::string& CodeAide) {
     TabProtocole.renew();
     int ligne = 0;
 
-    // Absences that make no sense cannot tell whether the aidé is there: nothing is needed of him.
-    if (f.CIVILAIDE) {
-        mvdb::DynamicRecord civil;
-        if (data::LireEnregistrement(*f.CIVILAIDE, civil, CodeAide) &&
-            !enregistrementSain(data::checkRecord(data::kCIVILAIDE, CodeAide, civil)))
-            return;
-    }
-
     // 3.
     const std::string nomTemporaire =
         base::UCase(nomUtilisateur(*this)) + heureHhnnss(clock().secondsOfDay());

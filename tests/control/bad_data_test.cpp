@@ -226,6 +226,17 @@ TEST(BadData, RecordsThatMakeNoSenseGiveNoLabelAndAreNamedOnce) {
          "CIVILAIDE « 00012 », attribut 20 (début d'absence) : « 2150x » n'est pas un jour interne "
          "(5 chiffres au plus)",
          2},
+        {"an absence of a planned aidé that ends on no day: the planned record stays",
+         [](SmallService& s) {
+             mvdb::DynamicRecord civil;
+             civil.set(2, "MARTIN");
+             civil.set(20, "21500");
+             civil.set(21, "-1");
+             s.f.service.db->store().write("CIVILAIDE", "00013", civil.text());
+         },
+         "CIVILAIDE « 00013 », attribut 21 (fin d'absence) : « -1 » n'est pas un jour interne "
+         "(5 chiffres au plus)",
+         3},
         {"a protocole whose first day is no day",
          [](SmallService& s) {
              s.f.service.put("SSIADPROTOCOLE", "000122100000000110800",
