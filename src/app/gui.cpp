@@ -51,7 +51,9 @@ std::shared_ptr<mvdb::Database> openOrCreate(const GuiOptions& o, const base::Cl
     bool fresh = !std::filesystem::exists(path);
     if (fresh && !o.db.empty())
         throw base::Error(base::codes::kStorage, "Base de données introuvable : " + path);
-    if (fresh) mvdb::createPrivateFolders(std::filesystem::path(path).parent_path().string());
+    // The default folder is Zandorel's own: made owner-only even when an older version or another
+    // program left it open to others.
+    if (o.db.empty()) mvdb::makeOwnFolderPrivate(std::filesystem::path(path).parent_path().string());
     auto db = openDatabase(path, mvdb::OpenMode::CreateIfMissing, clock);
     if (fresh) writeDemoService(*db, DemoOptions{clock.today(), 40, 60, 1});
     return db;

@@ -2,6 +2,7 @@
 // Exit codes: 0 success, 1 an error of the system (message on stderr), 2 bad arguments.
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -17,6 +18,7 @@
 #include "base/error.h"
 #include "data/purge.h"
 #include "mvdb/database.h"
+#include "mvdb/pg_address.h"
 
 namespace {
 
@@ -53,14 +55,30 @@ int runDemoData(const Options& o) {
 
 int runLoad(const Options& o) {
     base::SystemClock clock = makeClock(o);
-    auto db = app::openDatabase(o.db, mvdb::OpenMode::CreateIfMissing, clock);
-    if (o.input.empty() || o.input == "-") {
-        app::loadRecords(*db, std::cin, "entrée standard");
-        return 0;
+    const bool fromStdin = o.input.empty() || o.input == "-";
+    // The input is opened first: a load that cannot read it must not have made a database.
+    std::ifstream in;
+    if (!fromStdin) {
+        in.open(o.input, std::ios::binary);
+        if (!in) throw base::Error(base::codes::kBadData, "Lecture impossible du fichier " + o.input);
     }
-    std::ifstream in(o.input, std::ios::binary);
-    if (!in) throw base::Error(base::codes::kBadData, "Lecture impossible du fichier " + o.input);
-    app::loadRecords(*db, in, o.input);
+    const bool fresh = !mvdb::pg::isServerAddress(o.db) && !std::filesystem::exists(o.db);
+    auto db = app::openDatabase(o.db, mvdb::OpenMode::CreateIfMissing, clock);
+    try {
+        if (fromStdin)
+            app::loadRecords(*db, std::cin, "entrée standard");
+        else
+            app::loadRecords(*db, in, o.input);
+    } catch (...) {
+        // Nothing was loaded: a database made for this load goes with it, side files included.
+        db.reset();
+        if (fresh) {
+            std::error_code ignored;
+            for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+                std::filesystem::remove(o.db + suffix, ignored);
+        }
+        throw;
+    }
     return 0;
 }
 

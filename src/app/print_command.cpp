@@ -5,11 +5,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
+#include <string_view>
 
 #include "app/commands.h"
 #include "base/clock.h"
 #include "base/error.h"
 #include "data/gateway.h"
+#include "data/record_checks.h"
 #include "mvdb/private_files.h"
 #include "qtui/printers.h"
 #include "shell/ctr_zandorel.h"
@@ -18,10 +21,18 @@
 namespace app {
 namespace {
 
-// What the screen told the user during the print, as the failure of the command.
-void echecSiMessage(toolkit::HeadlessHost& host) {
-    const auto boites = host.takeShown();
-    if (!boites.empty()) throw base::Error(base::codes::kBadData, boites.front().text);
+// What the screen told the user during the print, as the failure of the command. The box that names
+// records left out is no failure: the rest of the day is printed, and its lines are kept in `laisses`
+// for standard error.
+void echecSiMessage(toolkit::HeadlessHost& host, std::string& laisses) {
+    for (const toolkit::HeadlessHost::Shown& boite : host.takeShown()) {
+        if (!std::string_view(boite.text).starts_with(data::kFaultsHead))
+            throw base::Error(base::codes::kBadData, boite.text);
+        std::string texte = boite.text;
+        for (std::size_t i = texte.find("\r\n"); i != std::string::npos; i = texte.find("\r\n", i + 1))
+            texte.replace(i, 2, "\n");
+        laisses += "zandorel : " + texte + "\n";
+    }
 }
 
 // The PDF file of a print: made for its owner only when absent, and checked once written, since the
@@ -82,7 +93,8 @@ private:
     bool m_garde = false;
 };
 
-void imprimer(const PrintOptions& o, int argc, char** argv) {
+// Prints, and returns the records left out of the paper as the lines that tell them; empty when none.
+std::string imprimer(const PrintOptions& o, int argc, char** argv) {
     // A command without a window: fonts and the PDF writer need Qt, a display they do not.
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QGuiApplication application(argc, argv);
@@ -94,6 +106,7 @@ void imprimer(const PrintOptions& o, int argc, char** argv) {
     printers->add(std::make_unique<qtui::PdfPrinter>(qtui::kFichierPdf, o.out));
 
     toolkit::HeadlessHost host;
+    std::string laisses;
     control::Ctr_Zandorel ctl(host, clock);
     ctl.setTheClient(nullptr);
     ctl.setTheDatabase(db);
@@ -107,13 +120,14 @@ void imprimer(const PrintOptions& o, int argc, char** argv) {
     ctl.Txt_Date.setText(o.date);
     if (!o.tournee.empty()) {
         ctl.Txt_CodeTournee.setText(o.tournee);
-        echecSiMessage(host);
+        echecSiMessage(host, laisses);
         ctl.Cbo_Date.setText(o.date);
     }
     host.queuePrinter(qtui::kFichierPdf, 1);
     ctl.Cmd_Imprimer_Click();
-    echecSiMessage(host);
+    echecSiMessage(host, laisses);
     ctl.UserControl_Terminate();
+    return laisses;
 }
 
 }  // namespace
@@ -132,7 +146,9 @@ std::unique_ptr<toolkit::Printer> PlayPdfFiles::make(const std::string& device, 
 
 void runPrint(const PrintOptions& o, int argc, char** argv) {
     SortiePdf sortie(o.out);
-    imprimer(o, argc, argv);
+    const std::string laisses = imprimer(o, argc, argv);
+    // Told even when the file fails: they are faults of the database, to be mended whatever happens.
+    std::cerr << laisses << std::flush;
     sortie.verifier();
 }
 

@@ -69,11 +69,6 @@ std::optional<RecordFault> checkPeriod(std::string_view file, std::string_view k
     return std::nullopt;
 }
 
-std::optional<RecordFault> checkAccord(std::string_view key, const mvdb::DynamicRecord& r) {
-    return checkPeriod(kSSIADACCORDS, key, r(accords::kPremierJour), r(accords::kDernierJour),
-                       "attribut 1 (premier jour)", "attribut 2 (dernier jour)", false);
-}
-
 std::optional<RecordFault> checkAbsences(std::string_view key, const mvdb::DynamicRecord& r) {
     const std::int64_t n = std::max(r.DCount(civilaide::kAbsenceDebut), r.DCount(civilaide::kAbsenceFin));
     for (std::int64_t v = 1; v <= n; ++v) {
@@ -190,12 +185,19 @@ std::optional<RecordFault> checkTourneeHours(std::string_view code, const mvdb::
     return std::nullopt;
 }
 
+std::optional<RecordFault> checkAccordDays(std::string_view key, std::string_view firstDay,
+                                           std::string_view lastDay) {
+    return checkPeriod(kSSIADACCORDS, key, std::string(firstDay), std::string(lastDay),
+                       "attribut 1 (premier jour)", "attribut 2 (dernier jour)", false);
+}
+
 std::optional<RecordFault> checkRecord(std::string_view file, std::string_view key,
                                        const mvdb::DynamicRecord& record) {
     if (file == kSSIADTOURNEE) return checkPlanned(key, record(tournee::kHeureFin));
     if (file == kSSIADPROTOCOLE) return checkProtocoleRecord(key, record);
     if (file == kSSIADCARACTTOURNEE) return checkTourneeHours(key, record);
-    if (file == kSSIADACCORDS) return checkAccord(key, record);
+    if (file == kSSIADACCORDS)
+        return checkAccordDays(key, record(accords::kPremierJour), record(accords::kDernierJour));
     if (file == kCIVILAIDE) return checkAbsences(key, record);
     return std::nullopt;
 }
@@ -208,7 +210,7 @@ void FaultList::add(const RecordFault& fault) {
 }
 
 std::string FaultList::message() const {
-    std::string texte = "Enregistrements incohérents, laissés de côté :";
+    std::string texte(kFaultsHead);
     for (const RecordFault& f : m_faults)
         texte += "\r\n" + f.text();
     return texte;

@@ -37,10 +37,18 @@ std::optional<RecordFault> checkProtocole(std::string_view key, std::string_view
 // 59 (attributes 4 and 6, empty reading as 0), and an end after the start.
 std::optional<RecordFault> checkTourneeHours(std::string_view code, const mvdb::DynamicRecord& tournee);
 
+// The days of an accord (attributes 1 and 2): internal days, the last not before the first.
+std::optional<RecordFault> checkAccordDays(std::string_view key, std::string_view firstDay,
+                                           std::string_view lastDay);
+
 // Every check above that the file's records carry, and the days of accords, protocoles and absences
 // (internal day numbers, a last day not before the first). Files without checks always pass.
 std::optional<RecordFault> checkRecord(std::string_view file, std::string_view key,
                                        const mvdb::DynamicRecord& record);
+
+// The head line of the box that tells the faults: whoever reads the boxes of a command tells it from
+// the others by it.
+inline constexpr std::string_view kFaultsHead = "Enregistrements incohérents, laissés de côté :";
 
 // The faults one display or print met, each field once, in the order met.
 class FaultList {

@@ -23,6 +23,8 @@ using ColV = Ctr_Zandorel::ColValidees;
 
 // Columns of the accords' reply, listed by "0 1 2 3": the key first.
 constexpr int kCleAccord = 1;
+constexpr int kPremierJourAccord = 2;
+constexpr int kDernierJourAccord = 3;
 
 // What the shown tournée brings to an intervention: one person (or no tournée at all), or a pair.
 enum class Equipe { Seul, Paire };
@@ -162,6 +164,18 @@ int Ctr_Zandorel::InsererDansTabTempoAide(int NumEtq, int HeureDebut, int HeureF
     return row;
 }
 
+bool Ctr_Zandorel::accordSain(const mvdb::DynamicRecord& accords, std::int64_t i) {
+    return enregistrementSain(data::checkAccordDays(accords(i, kCleAccord), accords(i, kPremierJourAccord),
+                                                    accords(i, kDernierJourAccord)));
+}
+
+bool Ctr_Zandorel::absencesSaines(const std::string& CodeAide) {
+    data::FichiersSSIAD& f = Mod.fichiers;
+    mvdb::DynamicRecord civil;
+    return !f.CIVILAIDE || !data::LireEnregistrement(*f.CIVILAIDE, civil, CodeAide) ||
+           enregistrementSain(data::checkRecord(data::kCIVILAIDE, CodeAide, civil));
+}
+
 bool Ctr_Zandorel::secteurDeLaTournee(const std::string& cleElemGest) {
     data::FichiersSSIAD& f = Mod.fichiers;
     if (!data::LireEnregistrement(*f.SSIADELEMGEST, f.EnregSSIADELEMGEST, cleElemGest)) return false;
@@ -192,8 +206,10 @@ void Ctr_Zandorel::CadreAideSansTournee() {
             },
             [this](RangementAide& rangement) {
                 for (std::int64_t i = 1; i <= TabAccords.DCount(); ++i) {
+                    if (!accordSain(TabAccords, i)) continue;
                     if (!data::PeriodeActive(database(), TabAccords, i)) continue;
                     const std::string code = base::Left(TabAccords(i, kCleAccord), 5);
+                    if (!absencesSaines(code)) continue;
                     RechercheProtocole(code);
                     RechercheInterventionsValidees(code, false, 2);
                     // 3.
@@ -224,7 +240,9 @@ void Ctr_Zandorel::CadreAideAvecTournee() {
                 // 2.
                 if (!secteurDeLaTournee(code + base::Mid(cle, 9, 6))) continue;
                 // 3.
+                if (!accordSain(TabAccordsTournee, i)) continue;
                 if (!data::PeriodeActive(database(), TabAccordsTournee, i)) continue;
+                if (!absencesSaines(code)) continue;
                 // 4. With the tournée's filter; every record of the aidé's day, this tournée's included.
                 RechercheProtocole(code);
                 RechercheInterventionsValidees(code, true, 2);

@@ -8,6 +8,7 @@
 #include "base/clock.h"
 #include "base/text.h"
 #include "data/layouts.h"
+#include "data/record_checks.h"
 #include "model/clock.h"
 #include "mvdb/database.h"
 
@@ -50,9 +51,9 @@ bool chevaucheEchelle(std::string_view debut, std::string_view fin, double heure
 // What a shown tournée takes: a protocole that still exists, of kind "A" for a tournée of
 // aides-soignants, and of two people for a tournée of two. A one-person tournée takes a two-person
 // protocole too, of which it brings one person. Leaves the protocole in its buffer.
-bool retenuParLaTournee(data::FichiersSSIAD& f, const std::string& cle, std::string_view nature,
+bool retenuParLaTournee(data::FichiersSSIAD& f, bool protocoleLu, std::string_view nature,
                         int nbIntervenantsTournee) {
-    if (!data::LireEnregistrement(*f.SSIADPROTOCOLE, f.EnregSSIADPROTOCOLE, cle)) return false;
+    if (!protocoleLu) return false;
     if (f.EnregSSIADCARACTTOURNEE(data::caracttournee::kType) == kTourneeSoignant &&
         nature != kNatureSoignant) {
         return false;
@@ -114,8 +115,13 @@ void Ctr_Zandorel::RechercheProtocole(const std::string& CodeAide) {
                                   HeureFinEchelle)) {
                 continue;
             }
+            // The server passes on the protocoles whose days it cannot judge: checked here with the rest.
+            const bool lu = data::LireEnregistrement(*f.SSIADPROTOCOLE, f.EnregSSIADPROTOCOLE, cle);
+            if (lu &&
+                !enregistrementSain(data::checkRecord(data::kSSIADPROTOCOLE, cle, f.EnregSSIADPROTOCOLE)))
+                continue;
             // 9.
-            if (avecTournee && !retenuParLaTournee(f, cle, nature, NbIntervenantsTournee)) continue;
+            if (avecTournee && !retenuParLaTournee(f, lu, nature, NbIntervenantsTournee)) continue;
 
             ++ligne;
             TabProtocole->set(ligne, ColProtocole::CleProtocole, cle);
@@ -127,7 +133,7 @@ void Ctr_Zandorel::RechercheProtocole(const std::string& CodeAide) {
 
             // Without a tournée a protocole that cannot be read keeps its row with no count of people:
             // the pane builders then make no label of it.
-            if (avecTournee || data::LireEnregistrement(*f.SSIADPROTOCOLE, f.EnregSSIADPROTOCOLE, cle)) {
+            if (avecTournee || lu) {
                 TabProtocole->set(ligne, ColProtocole::NbIntervenantsProtocole,
                                   f.EnregSSIADPROTOCOLE(data::protocole::kNbIntervenants, 1));
             }

@@ -65,7 +65,8 @@ bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, const std::string& cle, int mi
                                c.ObjetConversion.DateInterne(c.DateAffichee) + "\" AND AVEC 2 =\"" + cle +
                                "]\" AND AVEC CodeTournee <>\"" + c.Txt_CodeTournee.text() + "\"";
     c.ReponseAutresTournees = data::Interroger(db, phrase, data::kSSIADTOURNEE, "0 1 2");
-    if (c.ReponseAutresTournees.text().empty()) return true;
+    c.ecarterInterventionsIncoherentes(c.ReponseAutresTournees);
+    if (c.ReponseAutresTournees.DCount() == 0) return true;
     // 3. Only the first tournée that holds the act counts.
     const std::string cleAutre = c.ReponseAutresTournees(1, 1);
     const double debutAutre = base::toNumber(data::tournee::heureDebut(cleAutre));
@@ -184,7 +185,9 @@ void Ctr_Zandorel::RechercheTourneesIntervenant(const std::string& cle, bool& tr
                                "\" AND AVEC CodeTournee <> \"" + Txt_CodeTournee.text() +
                                "\" PAR CodeTournee";
     ReponseAutresTournees = data::Interroger(database(), phrase, data::kSSIADTOURNEE, "0 1 2");
-    trouve = !ReponseAutresTournees.text().empty();
+    // As the display, which named them, the moves pass over records that make no sense.
+    ecarterInterventionsIncoherentes(ReponseAutresTournees);
+    trouve = ReponseAutresTournees.DCount() != 0;
 }
 
 void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {

@@ -123,6 +123,7 @@ void IndexedStore::createFile(const std::string& file) {
     addToCatalog(file, fi.dictionary->describeIndexes());
     scope.commit();
     m_files[file] = std::move(fi);
+    if (m_inTransaction) m_filesOfTransaction.push_back(file);
 }
 
 std::optional<std::string> IndexedStore::read(const std::string& file, const std::string& key) {
@@ -170,6 +171,7 @@ void IndexedStore::begin() {
     endSnapshot();
     beginTransaction(true);
     m_inTransaction = true;
+    m_filesOfTransaction.clear();
 }
 
 void IndexedStore::commit() {
@@ -179,15 +181,24 @@ void IndexedStore::commit() {
     } catch (...) {
         // A commit that failed may leave the transaction open, to be rolled back, or may have ended it.
         m_inTransaction = transactionOpen();
+        if (!m_inTransaction) forgetFilesOfTransaction();
         throw;
     }
     m_inTransaction = false;
+    m_filesOfTransaction.clear();
 }
 
 void IndexedStore::rollback() {
     if (!m_inTransaction) return;
     m_inTransaction = false;
+    forgetFilesOfTransaction();
     rollbackTransaction();
+}
+
+void IndexedStore::forgetFilesOfTransaction() {
+    for (const std::string& file : m_filesOfTransaction)
+        m_files.erase(file);
+    m_filesOfTransaction.clear();
 }
 
 std::string IndexedStore::openTransaction() const {

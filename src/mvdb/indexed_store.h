@@ -138,12 +138,17 @@ protected:
 private:
     FileInfo infoFor(const std::string& file, bool scratch) const;
     void rebuildIndex(const std::string& file);
+    // A transaction that ended without its commit took with it the files it made.
+    void forgetFilesOfTransaction();
     // Brings the index entries of one record from those of its old text to those of its new one; a null
     // text stands for no record.
     void updateIndexEntries(const FileInfo& fi, const std::string& key, const std::string* oldText,
                             const std::string* newText);
 
     std::map<std::string, FileInfo> m_files;
+    // Files made inside the open transaction: a rollback takes their tables away, and the catalogue
+    // above must forget them with it.
+    std::vector<std::string> m_filesOfTransaction;
     bool m_inTransaction = false;
     int m_readers = 0;        // beginRead calls not yet ended
     bool m_snapshot = false;  // a read transaction is open for them

@@ -47,4 +47,13 @@ void createPrivateFolders(const std::string& path) {
     if (::chmod(path.c_str(), S_IRWXU) != 0) fail("Droits impossibles à fixer sur", path, errno);
 }
 
+void makeOwnFolderPrivate(const std::string& path) {
+    createPrivateFolders(path);
+    struct stat st {};
+    if (::stat(path.c_str(), &st) != 0) fail("Droits illisibles sur", path, errno);
+    if ((st.st_mode & (S_IRWXG | S_IRWXO)) == 0) return;
+    if (::chmod(path.c_str(), (st.st_mode & S_IRWXU) | S_IRWXU) != 0)
+        fail("Droits impossibles à fixer sur", path, errno);
+}
+
 }  // namespace mvdb

@@ -16,4 +16,9 @@ void createPrivateFile(const std::string& path);
 // that exist already are left as they are. Fails with base::Error (kStorage) naming the folder.
 void createPrivateFolders(const std::string& path);
 
+// The folder that Zandorel keeps as its own (the default one of its database): made as
+// createPrivateFolders does, and when it exists already with rights for others, made owner-only. The
+// folders above it are left as they are. Fails with base::Error (kStorage) naming the folder.
+void makeOwnFolderPrivate(const std::string& path);
+
 }  // namespace mvdb

@@ -30,13 +30,24 @@ std::optional<DynamicRecord> readRecord(Store& store, const std::string& file, c
     return DynamicRecord(*text);
 }
 
+// A day of a period as other programs may have written it: empty, a number, or neither.
+bool isDayOrEmpty(const std::string& day) {
+    return day.empty() || base::parseNumber(day).has_value();
+}
+
+// A period whose days are not numbers, or whose last day is before its first, tells nothing.
+bool isReadablePeriod(const std::string& first, const std::string& last) {
+    if (!isDayOrEmpty(first) || !isDayOrEmpty(last)) return false;
+    return first.empty() || last.empty() || base::compareValues(first, last) <= 0;
+}
+
 bool isAbsent(Store& store, const std::string& codeAide, const std::string& day) {
     std::optional<DynamicRecord> civil = readRecord(store, "CIVILAIDE", codeAide);
     if (!civil) return false;
     for (std::int64_t v = 1; v <= civil->DCount(20); ++v) {
         std::string first = (*civil)(20, v);
         std::string last = (*civil)(21, v);
-        if (first.empty()) continue;
+        if (first.empty() || !isReadablePeriod(first, last)) continue;
         // An absence with no last day has not ended.
         if (base::compareValues(first, day) <= 0 && (last.empty() || base::compareValues(day, last) <= 0)) {
             return true;
@@ -47,6 +58,8 @@ bool isAbsent(Store& store, const std::string& codeAide, const std::string& day)
 
 bool inForce(const DynamicRecord& protocole, const std::string& day, int weekday) {
     std::string first = protocole(6), last = protocole(7);
+    // Passed on for the screen to name: left out here, it would vanish without a word.
+    if (!isReadablePeriod(first, last)) return true;
     if (!first.empty() && base::compareValues(first, day) > 0) return false;
     if (!last.empty() && base::compareValues(day, last) > 0) return false;
     if (protocole.DCount(1) == 0) return true;  // no weekday listed: every day

@@ -20,7 +20,9 @@ DynamicRecord periodeActive(Database& database, const DynamicRecord& arguments);
 // row "IntervS" per protocole of the aidé in force on that day and scheduled on its weekday, in key
 // order: start bound, end bound, key, duration, kind ("I" when every soin is an infirmier's act, "A"
 // when none is or there is no soin, "M" otherwise; a soin missing from SSIADSOINS counts as no
-// infirmier's act).
+// infirmier's act). A protocole whose first or last day is not a number, or whose last day is before
+// its first, is passed on whatever the day, for the reader to check and name; an absence whose days
+// are such makes no one absent.
 DynamicRecord afficheProtocSsiad(Database& database, const DynamicRecord& request);
 
 void registerServerRoutines(std::map<std::string, ServerRoutine>& subroutines,

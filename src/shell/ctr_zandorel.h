@@ -300,6 +300,13 @@ public:
     // True when there is no fault; a fault joins those that the display or print in progress tells once,
     // at its end, and its record gives no label and no printed line.
     bool enregistrementSain(const std::optional<data::RecordFault>& defaut);
+    // Row i of a reply on SSIADACCORDS listed "0 1 2 3", its days checked as enregistrementSain does
+    // (display/cadre_aide.cpp, beside the reply's columns).
+    bool accordSain(const mvdb::DynamicRecord& accords, std::int64_t i);
+    // The aidé's absences, checked likewise before the waiting pane asks what he needs: absences that
+    // make no sense cannot tell whether he is there. The tournée's own records of him are shown still,
+    // so that a validation keeps them.
+    bool absencesSaines(const std::string& CodeAide);
     // Takes out of a reply listed with "0 1 2" (key, planned end, ...) the planned interventions that
     // make no sense, noting each; the other rows keep their order.
     void ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse);

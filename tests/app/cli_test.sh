@@ -113,9 +113,29 @@ for out in "$work/folder" "$work/nofolder/p.pdf" /dev/full; do
 done
 check "print a PDF" 0 "$zandorel" print --db "$work/d.db" --date 23/11/2026 --out "$work/p.pdf" --today 23/11/2026
 [ "$(stat -c %a "$work/p.pdf")" = 600 ] || { echo "FAIL print: PDF not private"; failures=$((failures + 1)); }
+# A record another program wrote badly is left out of the paper and named; the rest of the day prints.
+cp "$work/d.db" "$work/bad.db"
+bad=$(sqlite3 "$work/bad.db" "SELECT key FROM f_SSIADTOURNEE WHERE substr(key, 9, 5) = '21512' LIMIT 1")
+sqlite3 "$work/bad.db" "UPDATE f_SSIADTOURNEE SET rec = CAST('8h30' AS BLOB) || substr(rec, instr(rec, X'FE'))
+    WHERE key = '$bad'"
+check "print over a bad record" 0 "$zandorel" print --db "$work/bad.db" --date 23/11/2026 --out "$work/bad.pdf" \
+    --today 23/11/2026
+grep -qx "SSIADTOURNEE « $bad », attribut 1 (fin prévue) : « 8h30 » n'est pas un nombre" "$work/err" ||
+    { echo "FAIL print over a bad record: message"; cat "$work/err"; failures=$((failures + 1)); }
+[ -s "$work/bad.pdf" ] || { echo "FAIL print over a bad record: no PDF"; failures=$((failures + 1)); }
+check "print an unknown tournée" 1 "$zandorel" print --db "$work/bad.db" --date 23/11/2026 --tournee 999 \
+    --out "$work/none.pdf" --today 23/11/2026
+grep -q "Cette tournée n'existe pas." "$work/err" ||
+    { echo "FAIL print an unknown tournée: message"; cat "$work/err"; failures=$((failures + 1)); }
 check "load a folder" 1 "$zandorel" load --db "$work/i.db" "$work/folder"
 grep -q "Lecture impossible de $work/folder" "$work/err" ||
     { echo "FAIL load a folder: message"; cat "$work/err"; failures=$((failures + 1)); }
+[ -e "$work/i.db" ] && { echo "FAIL load a folder: a database was left"; failures=$((failures + 1)); }
+check "load a missing file" 1 "$zandorel" load --db "$work/i.db" "$work/none.jsonl"
+grep -q "Lecture impossible du fichier $work/none.jsonl" "$work/err" ||
+    { echo "FAIL load a missing file: message"; cat "$work/err"; failures=$((failures + 1)); }
+check "load a bad line" 1 "$zandorel" load --db "$work/i.db" <(printf '{oops\n')
+ls "$work"/i.db* >/dev/null 2>&1 && { echo "FAIL load: a database was left"; failures=$((failures + 1)); }
 
 # What Zandorel creates is its owner's alone, whatever the umask.
 (umask 000 && "$zandorel" demo-data --db "$work/private.db" --today 23/11/2026 2>/dev/null)

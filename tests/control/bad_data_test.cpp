@@ -208,6 +208,52 @@ TEST(BadData, RecordsThatMakeNoSenseGiveNoLabelAndAreNamedOnce) {
              s.f.service.put("SSIADTOURNEE", "00100012" + lundi + "08000", {"0950", "000122100000000110800"});
          },
          "SSIADTOURNEE « 001000122151208000 », clé : 18 caractères au lieu de 17", 3},
+        {"an accord whose last day is no day",
+         [](SmallService& s) {
+             s.f.service.put("SSIADACCORDS", "00012001000001", {"21000", "2200a", ""});
+         },
+         "SSIADACCORDS « 00012001000001 », attribut 2 (dernier jour) : « 2200a » n'est pas un jour interne "
+         "(5 chiffres au plus)",
+         2},
+        {"an absence that begins on no day",
+         [](SmallService& s) {
+             mvdb::DynamicRecord civil;
+             civil.set(2, "DUPONT");
+             civil.set(20, "2150x");
+             civil.set(21, "21600");
+             s.f.service.db->store().write("CIVILAIDE", "00012", civil.text());
+         },
+         "CIVILAIDE « 00012 », attribut 20 (début d'absence) : « 2150x » n'est pas un jour interne "
+         "(5 chiffres au plus)",
+         2},
+        {"an absence of a planned aidé that ends on no day: the planned record stays",
+         [](SmallService& s) {
+             mvdb::DynamicRecord civil;
+             civil.set(2, "MARTIN");
+             civil.set(20, "21500");
+             civil.set(21, "-1");
+             s.f.service.db->store().write("CIVILAIDE", "00013", civil.text());
+         },
+         "CIVILAIDE « 00013 », attribut 21 (fin d'absence) : « -1 » n'est pas un jour interne "
+         "(5 chiffres au plus)",
+         3},
+        {"a protocole whose first day is no day",
+         [](SmallService& s) {
+             s.f.service.put("SSIADPROTOCOLE", "000122100000000110800",
+                             {"", "0950", "S01", "20", "1", "2100O", ""});
+         },
+         "SSIADPROTOCOLE « 000122100000000110800 », attribut 6 (premier jour) : « 2100O » n'est pas un jour "
+         "interne (5 chiffres au plus)",
+         2},
+        {"a protocole that ends before it begins",
+         [](SmallService& s) {
+             s.f.service.put("SSIADPROTOCOLE", "000122100000000110800",
+                             {"", "0950", "S01", "20", "1", "21600", "21500"});
+         },
+         "SSIADPROTOCOLE « 000122100000000110800 », attribut 7 (dernier jour) : la fin « 21500 » est avant "
+         "le "
+         "début « 21600 »",
+         2},
     };
     for (const Case& k : cases) {
         SCOPED_TRACE(k.name);

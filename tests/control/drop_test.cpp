@@ -97,6 +97,21 @@ TEST(DeposerEtiquette, RefusesInItsOrderAndChangesNothing) {
     }
 }
 
+// The other tournée's record of ROBERT made no sense and was named by the display: it holds no time
+// that the drop must share.
+TEST(DeposerEtiquette, PassesOverARecordOfAnotherTourneeThatMakesNoSense) {
+    for (const char* fin : {"8h30", "0750"}) {
+        SCOPED_TRACE(fin);
+        Jour j;
+        j.f.service.put("SSIADTOURNEE", std::string("002") + "00016" + Jour::kLundi + "0800",
+                        {fin, "000162100000000110800"});
+        const int robert = j.etiquette("00016", model::kPaneAide);
+        j.glisser(robert, 1000, 3560);
+        EXPECT_EQ(j.boites(), "");
+        EXPECT_EQ(j.place(robert), "760 3560 1000");
+    }
+}
+
 TEST(DeposerEtiquette, PlacesTheLabelAtTheTimeUnderItsTopAndPushesWhatItMeets) {
     struct Cas {
         const char* nom;

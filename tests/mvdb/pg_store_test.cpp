@@ -229,6 +229,28 @@ TEST_P(StoreBehaviour, RollbackLeavesEveryRecordAndIndexAsItWas) {
     EXPECT_EQ(open()->read("SSIADTOURNEE", "00100012215110900").has_value(), true);
 }
 
+// A file made in a transaction lives and dies with it, in the store's own view as in the database.
+TEST_P(StoreBehaviour, AFileMadeInARolledBackTransactionIsForgotten) {
+    store().begin();
+    store().createFile("AUTRE");
+    store().write("AUTRE", "k", "v");
+    store().rollback();
+    EXPECT_FALSE(store().hasFile("AUTRE"));
+    EXPECT_EQ(errorOf([&] { store().read("AUTRE", "k"); }), "Fichier inconnu : AUTRE");
+    EXPECT_FALSE(open(mvdb::OpenMode::ExistingOnly)->hasFile("AUTRE"));
+
+    store().createFile("AUTRE");
+    store().write("AUTRE", "k", "v2");
+    EXPECT_EQ(open(mvdb::OpenMode::ExistingOnly)->read("AUTRE", "k"), "v2") << "made again for good";
+
+    store().begin();
+    store().createFile("TROISIEME");
+    store().commit();
+    store().begin();
+    store().rollback();
+    EXPECT_TRUE(store().hasFile("TROISIEME")) << "a later rollback keeps a committed file";
+}
+
 // A display reads with several queries while another planner may validate the same tournée.
 TEST_P(StoreBehaviour, ReadsOfAConsistentReadSeeOneMomentAndWritesEndIt) {
     m.put("SSIADTOURNEE", "00100012215110750", {"0800", "P1"});

@@ -82,6 +82,21 @@ TEST(PrivateFiles, DatabaseAndItsSideFilesAreTheOwnersAlone) {
     }
 }
 
+TEST(PrivateFiles, TheOwnFolderIsMadeOwnerOnlyAndWhatIsAboveItIsLeft) {
+    Sandbox box(022);
+    std::ofstream(box.path("file")) << "x";
+    EXPECT_EQ(errorOf(mvdb::makeOwnFolderPrivate, box.path("file/zandorel")),
+              "Création impossible du dossier " + box.path("file") + " : File exists");
+    fs::create_directories(box.path("share/zandorel"));
+    ::chmod(box.path("share").c_str(), 0755);
+    ::chmod(box.path("share/zandorel").c_str(), 0755);
+    mvdb::makeOwnFolderPrivate(box.path("share/zandorel"));
+    EXPECT_EQ(modeOf(box.path("share/zandorel")), 0700u);
+    EXPECT_EQ(modeOf(box.path("share")), 0755u);
+    mvdb::makeOwnFolderPrivate(box.path("new/zandorel"));
+    EXPECT_EQ(modeOf(box.path("new/zandorel")), 0700u);
+}
+
 TEST(PrivateFiles, LeavesWhatExistsAsItIs) {
     Sandbox box(022);
     std::ofstream(box.path("kept.db")) << "contenu";

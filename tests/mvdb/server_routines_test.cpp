@@ -83,6 +83,20 @@ TEST_F(ServerRoutinesTest, ExpandsTheProtocolesOfADay) {
     }
 }
 
+// Days that are not days cannot say whether a protocole is in force nor whether an aidé is away: the
+// protocole is passed on for the screen to name, the absence counts for nothing.
+TEST_F(ServerRoutinesTest, PassesOnProtocolesWhoseDaysMakeNoSenseAndIgnoresSuchAbsences) {
+    m.put("SSIADPROTOCOLE", "000142140000000110800", {"2", "0900", "S02", "30", "1", "21x00", ""});
+    m.put("SSIADPROTOCOLE", "000142140000000121000", {"", "1100", "S02", "30", "1", "21600", "21500"});
+    m.put("SSIADPROTOCOLE", "000142140000000131200", {"", "1300", "S02", "30", "1", "21600", ""});
+    m.put("CIVILAIDE", "00014", {"", "BLANC", "Léa", "", "", "", "", "", "",      "",     "",
+                                 "", "",      "",    "", "", "", "", "", "2150a", "21520"});
+    EXPECT_EQ(rows("00014", "21511"), (std::vector<std::string>{
+                                          "IntervS 0800 0900 000142140000000110800 30 A",
+                                          "IntervS 1000 1100 000142140000000121000 30 A",
+                                      }));
+}
+
 TEST_F(ServerRoutinesTest, RefusesACommandLineItCannotRead) {
     mvdb::DynamicRecord request;
     request.set(1, "AFFICHEPROTOCSSIAD |X|");
