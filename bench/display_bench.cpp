@@ -106,7 +106,8 @@ class Plancher {
 public:
     Plancher(Ecran& e, const std::vector<bench::Call>& calls) {
         if (e.service.schema) {
-            auto store = mvdb::PgStore::open(bench::pgServer(), mvdb::OpenMode::ExistingOnly, e.service.schema->name);
+            auto store =
+                mvdb::PgStore::open(bench::pgServer(), mvdb::OpenMode::ExistingOnly, e.service.schema->name);
             m_pgFloor = std::make_unique<bench::PgFloor>(bench::pgServer(), e.service.schema->name);
             m_pgReplay = std::make_unique<bench::PgReplay>(*m_pgFloor, calls, *store);
         } else {

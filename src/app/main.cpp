@@ -19,6 +19,7 @@
 #include "data/purge.h"
 #include "mvdb/database.h"
 #include "mvdb/pg_address.h"
+#include "mvdb/sqlite_store.h"
 
 namespace {
 
@@ -72,11 +73,7 @@ int runLoad(const Options& o) {
     } catch (...) {
         // Nothing was loaded: a database made for this load goes with it, side files included.
         db.reset();
-        if (fresh) {
-            std::error_code ignored;
-            for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-                std::filesystem::remove(o.db + suffix, ignored);
-        }
+        if (fresh) mvdb::SqliteStore::removeFiles(o.db);
         throw;
     }
     return 0;
@@ -128,10 +125,11 @@ CLI::Validator dateOption() {
         "JJ/MM/AAAA");
 }
 
-// Today's date for --today: a day of the years a service can run in. A bad one is a bad argument,
-// refused before anything opens.
-CLI::Validator todayOption() {
-    return CLI::Validator([](std::string& text) { return app::todayProblem(text); }, "JJ/MM/AAAA");
+// --today on a command: a day of the years a service can run in. A bad one is a bad argument, refused
+// before anything opens.
+void addTodayOption(CLI::App* command, std::string& today) {
+    command->add_option("--today", today, "Date du jour (jj/mm/aaaa)")
+        ->check(CLI::Validator([](std::string& text) { return app::todayProblem(text); }, "JJ/MM/AAAA"));
 }
 
 }  // namespace
@@ -145,7 +143,7 @@ int main(int argc, char** argv) {
 
     auto* demo = cli.add_subcommand("demo-data", "Écrit le service de démonstration");
     demo->add_option("--db", o.db, "Base de données")->required();
-    demo->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)")->check(todayOption());
+    addTodayOption(demo, o.today);
     demo->add_option("--aides", o.aides, "Nombre d'aidés")->check(CLI::Range(1, 99999));
     demo->add_option("--history-days", o.historyDays, "Jours d'historique")->check(CLI::Range(0, 3650));
     demo->add_option("--seed", o.seed, "Graine");
@@ -166,7 +164,7 @@ int main(int argc, char** argv) {
 
     auto* play = cli.add_subcommand("play", "Joue un scénario sur l'écran, sans fenêtre");
     play->add_option("--db", o.db, "Base de données")->required();
-    play->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)")->check(todayOption());
+    addTodayOption(play, o.today);
     play->add_option("script", o.input, "Scénario (entrée standard sans lui)");
 
     auto* print =
@@ -180,7 +178,7 @@ int main(int argc, char** argv) {
             },
             "CODE"));
     print->add_option("--out", o.out, "Fichier PDF à écrire")->required();
-    print->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)")->check(todayOption());
+    addTodayOption(print, o.today);
 
     auto* restore = cli.add_subcommand("restore-purged",
                                        "Remet dans SSIADTOURNEE les enregistrements archivés par la purge");
@@ -193,13 +191,13 @@ int main(int argc, char** argv) {
     week->add_option("--date", o.date, "Un jour de la semaine (jj/mm/aaaa)")->required()->check(dateOption());
     week->add_flag("--soir", o.soir, "Aidés en attente le soir (le matin sans lui)");
     week->add_flag("--json", o.json, "Écrit la semaine en JSON");
-    week->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)")->check(todayOption());
+    addTodayOption(week, o.today);
 
     auto* gui = cli.add_subcommand("gui", "L'écran de planification");
     for (CLI::App* screen : {static_cast<CLI::App*>(&cli), gui}) {
         screen->add_option("--db", o.db, "Base de données");
         screen->add_option("--rights", o.rights, "Niveau de droits");
-        screen->add_option("--today", o.today, "Date du jour (jj/mm/aaaa)")->check(todayOption());
+        addTodayOption(screen, o.today);
         screen->add_option("--zoom", o.zoom, "Zoom de l'écran, 1 pour 100 %")->check(CLI::Range(0.5, 4.0));
     }
 

@@ -79,6 +79,12 @@ private:
     sqlite3_stmt* m_stmt;
 };
 
+void SqliteStore::removeFiles(const std::string& path) {
+    std::error_code ignored;
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+        std::filesystem::remove(path + suffix, ignored);
+}
+
 std::unique_ptr<SqliteStore> SqliteStore::open(const std::string& path, OpenMode mode) {
     bool memory = path == ":memory:";
     bool exists = !memory && std::filesystem::exists(path);

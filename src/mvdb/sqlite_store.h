@@ -22,6 +22,9 @@ public:
     // message for a missing file (ExistingOnly), a file that is not a database, or the database of
     // another program.
     static std::unique_ptr<SqliteStore> open(const std::string& path, OpenMode mode);
+    // Removes the database file at `path` with its journal, write-ahead log and shared memory, whatever
+    // of them exists; for a database that no connection holds open any more. Never fails.
+    static void removeFiles(const std::string& path);
     ~SqliteStore() override;
     SqliteStore(const SqliteStore&) = delete;
     SqliteStore& operator=(const SqliteStore&) = delete;

@@ -66,6 +66,27 @@ std::string phraseTourneeDuJour(const std::string& codeTournee, const std::strin
            "\"";
 }
 
+// The version of the records whose keys a selection of SSIADTOURNEE gave in its first column (see
+// versionStockee): each record read whole, since a record may hold more than the listed attributes.
+std::string versionDes(Ctr_Zandorel& c, const mvdb::DynamicRecord& cles) {
+    data::FichiersSSIAD& f = c.Mod.fichiers;
+    std::vector<std::string> enregistrements;
+    for (std::int64_t i = 1; i <= cles.DCount(); ++i) {
+        const std::string cle = cles(i, 1);
+        mvdb::DynamicRecord enregistrement;
+        if (!data::LireEnregistrement(*f.SSIADTOURNEE, enregistrement, cle)) continue;
+        // Each text after its length: no key or record, whatever it holds, can pass for another.
+        const std::string texte = enregistrement.text();
+        enregistrements.push_back(std::to_string(cle.size()) + ":" + cle + std::to_string(texte.size()) +
+                                  ":" + texte);
+    }
+    std::sort(enregistrements.begin(), enregistrements.end());
+    std::string version;
+    for (const std::string& e : enregistrements)
+        version += e;
+    return version;
+}
+
 }  // namespace
 
 std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jour, bool affectation) {
@@ -73,13 +94,13 @@ std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jou
     try {
         mvdb::Transaction transaction(database());
         // The transaction holds the write lock: nothing can come between this reading and the writes.
-        std::string stockee = versionStockee(Txt_CodeTournee.text(), jour);
+        const mvdb::DynamicRecord enregistrees = data::Interroger(
+            database(), phraseTourneeDuJour(Txt_CodeTournee.text(), jour), data::kSSIADTOURNEE, "0 1");
+        std::string stockee = versionDes(*this, enregistrees);
         if (m_versionAffichee && stockee != *m_versionAffichee) return stockee;
         // What another planner saved of this tournée and day goes too, once the user agreed: the loaded
         // keys alone would leave their records beside these, and the last save must win whole. Records
         // that make no sense were never shown: they stay for whoever wrote them to mend.
-        const mvdb::DynamicRecord enregistrees = data::Interroger(
-            database(), phraseTourneeDuJour(Txt_CodeTournee.text(), jour), data::kSSIADTOURNEE, "0 1");
         for (std::int64_t i = 1; i <= enregistrees.DCount(); ++i) {
             if (!data::checkPlanned(enregistrees(i, 1), enregistrees(i, 2)))
                 f.SSIADTOURNEE->Delete(enregistrees(i, 1));
@@ -113,24 +134,8 @@ std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jou
 }
 
 std::string Ctr_Zandorel::versionStockee(const std::string& codeTournee, const std::string& jour) {
-    data::FichiersSSIAD& f = Mod.fichiers;
-    const mvdb::DynamicRecord cles =
-        data::Interroger(database(), phraseTourneeDuJour(codeTournee, jour), data::kSSIADTOURNEE, "0");
-    std::vector<std::string> enregistrements;
-    for (std::int64_t i = 1; i <= cles.DCount(); ++i) {
-        const std::string cle = cles(i, 1);
-        mvdb::DynamicRecord enregistrement;
-        if (!data::LireEnregistrement(*f.SSIADTOURNEE, enregistrement, cle)) continue;
-        // Each text after its length: no key or record, whatever it holds, can pass for another.
-        const std::string texte = enregistrement.text();
-        enregistrements.push_back(std::to_string(cle.size()) + ":" + cle + std::to_string(texte.size()) +
-                                  ":" + texte);
-    }
-    std::sort(enregistrements.begin(), enregistrements.end());
-    std::string version;
-    for (const std::string& e : enregistrements)
-        version += e;
-    return version;
+    return versionDes(*this, data::Interroger(database(), phraseTourneeDuJour(codeTournee, jour),
+                                              data::kSSIADTOURNEE, "0"));
 }
 
 void Ctr_Zandorel::reafficherVersionStockee() {
