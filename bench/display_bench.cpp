@@ -53,10 +53,7 @@ struct Ecran {
         auto recording = std::make_unique<bench::RecordingStore>(std::move(inner));
         store = recording.get();
         db = std::make_shared<mvdb::Database>(std::move(recording), clock);
-        c = std::make_unique<control::Ctr_Zandorel>(host, clock);
-        c->setTheClient(nullptr);
-        c->setTheDatabase(db);
-        c->setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(2));
+        c = bench::controleSur(host, clock, db);
         c->Init();
     }
 

@@ -52,10 +52,7 @@ struct Fenetre {
         bench::generateService(file.path, aides);
         db = std::make_shared<mvdb::Database>(
             mvdb::SqliteStore::open(file.path, mvdb::OpenMode::ExistingOnly), clock);
-        c = std::make_unique<control::Ctr_Zandorel>(host, clock);
-        c->setTheClient(nullptr);
-        c->setTheDatabase(db);
-        c->setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(2));
+        c = bench::controleSur(host, clock, db);
         window = std::make_unique<qtui::MainWindow>(*c, host, qtui::Zoom(1.0));
         window->show();
         window->start();

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "bench_support.h"
+#include "day_choice.h"
 #include "shell/ctr_zandorel.h"
 #include "shell/droits.h"
 #include "toolkit/form.h"
@@ -26,10 +27,7 @@ struct Service {
         bench::generateService(file.path, aides);
         db = std::make_shared<mvdb::Database>(
             mvdb::SqliteStore::open(file.path, mvdb::OpenMode::ExistingOnly), clock);
-        c = std::make_unique<control::Ctr_Zandorel>(host, clock);
-        c->setTheClient(nullptr);
-        c->setTheDatabase(db);
-        c->setDroitsUtilisateur(std::make_shared<control::DroitsFixes>(2));
+        c = bench::controleSur(host, clock, db);
         c->Init();
     }
 

@@ -159,6 +159,23 @@ std::vector<std::string> cles(Poste& p) {
     return keys;
 }
 
+// Two workstations on one filled service showing tournée 001 on the same day; B has moved 00012 to
+// 8h30 and validated, and A still shows the day as it was.
+struct BAvantA {
+    Service service;
+    Poste a, b;
+    BAvantA(Base base, const std::string& name)
+        : service(base, name), a(service.address()), b(service.address()) {
+        remplir(a.db->store());
+        a.start();
+        b.start();
+        a.montrer();
+        b.montrer();
+        b.deplacer("00012", "850");
+        b.c.Cmd_Ok.fireClick();
+    }
+};
+
 class TwoPlanners : public ::testing::TestWithParam<Base> {
 protected:
     void SetUp() override {
@@ -196,16 +213,9 @@ TEST_P(TwoPlanners, AValidationOverAnotherWorkstationsSaveAsksFirst) {
     int n = 0;
     for (const Case& k : cases) {
         SCOPED_TRACE(k.name);
-        Service service(GetParam(), "ask" + std::to_string(++n));
-        Poste a(service.address());
-        Poste b(service.address());
-        remplir(a.db->store());
-        a.start();
-        b.start();
-        a.montrer();
-        b.montrer();
-        b.deplacer("00012", "850");
-        b.c.Cmd_Ok.fireClick();
+        BAvantA postes(GetParam(), "ask" + std::to_string(++n));
+        Poste& a = postes.a;
+        Poste& b = postes.b;
         ASSERT_TRUE(b.host.takeShown().empty()) << "B validated first and is not asked";
 
         if (k.encoreModifiee) {
@@ -253,16 +263,8 @@ TEST_P(TwoPlanners, AskedOnLeavingTheDayNoStaysOnTheDayShownAsStored) {
     int n = 0;
     for (const Case& k : cases) {
         SCOPED_TRACE(k.name);
-        Service service(GetParam(), "leave" + std::to_string(++n));
-        Poste a(service.address());
-        Poste b(service.address());
-        remplir(a.db->store());
-        a.start();
-        b.start();
-        a.montrer();
-        b.montrer();
-        b.deplacer("00012", "850");
-        b.c.Cmd_Ok.fireClick();
+        BAvantA postes(GetParam(), "leave" + std::to_string(++n));
+        Poste& a = postes.a;
         a.deplacer("00013", "930");
         a.host.queueAnswer(msgbox::kYes);  // the question on saving
         a.host.queueAnswer(k.reponse);
