@@ -1,3 +1,5 @@
+#include "printing/impression.h"
+
 #include <optional>
 
 #include "base/clock.h"
@@ -34,21 +36,36 @@ bool contient(const std::string& nom, const char* marque) {
 
 }  // namespace
 
-toolkit::Printer& Ctr_Zandorel::imprimante() const {
+Impression::Impression(Ctr_Zandorel& ctl) : m_ctl(ctl) {}
+
+void Impression::setPrinters(std::shared_ptr<toolkit::Printers> printers) {
+    m_printer = nullptr;
+    m_printers = std::move(printers);
+}
+
+toolkit::Printer& Impression::setCurrentPrinter(int index) {
+    if (!m_printers) {
+        throw base::Error(base::codes::kNotBound, "Aucune imprimante n'a été donnée au contrôle Zandorel");
+    }
+    m_printer = &m_printers->at(index);
+    return *m_printer;
+}
+
+toolkit::Printer& Impression::imprimante() const {
     if (!m_printer) {
         throw base::Error(base::codes::kNotBound, "Aucune imprimante n'a été choisie pour l'impression");
     }
     return *m_printer;
 }
 
-std::string Ctr_Zandorel::dateImprimee() const {
-    return Txt_Date.visible() ? Txt_Date.text() : Cbo_Date.text();
+std::string Impression::dateImprimee() const {
+    return m_ctl.Txt_Date.visible() ? m_ctl.Txt_Date.text() : m_ctl.Cbo_Date.text();
 }
 
-void Ctr_Zandorel::Cmd_Imprimer_Click() {
+void Impression::imprimer() {
     // 1, 2.
-    const std::string choix = ObjetConversion.ChoisirImprimante("A4");
-    host().DoEvents();
+    const std::string choix = m_ctl.ObjetConversion.ChoisirImprimante("A4");
+    m_ctl.host().DoEvents();
     if (base::toNumber(choix) == -1) return;
 
     // 3, 4.
@@ -61,27 +78,27 @@ void Ctr_Zandorel::Cmd_Imprimer_Click() {
 
     // 5, 6. A failure of a report still gives the screen back and ends what was printed, so that the
     // next print starts a document of its own.
-    defautsLus.clear();
-    debutCommandeLongue();
+    m_ctl.defautsLus.clear();
+    m_ctl.debutCommandeLongue();
     try {
-        if (!Txt_CodeTournee.text().empty()) {
+        if (!m_ctl.Txt_CodeTournee.text().empty()) {
             ImpressionUneTournee();
         } else {
             ImpressionToutesTournees();
         }
     } catch (...) {
-        finCommandeLongue();
+        m_ctl.finCommandeLongue();
         imprimante.endDoc();
         throw;
     }
 
     // 7. Records left out of the paper are named once it is done.
-    finCommandeLongue();
+    m_ctl.finCommandeLongue();
     imprimante.endDoc();
-    signalerDefauts();
+    m_ctl.signalerDefauts();
 }
 
-void Ctr_Zandorel::ImpressionPaysage() {
+void Impression::ImpressionPaysage() {
     // A printer with A4 in its name is one set up for this report: it keeps its orientation.
     toolkit::Printer& p = imprimante();
     if (contient(p.deviceName(), "A4")) return;
@@ -92,31 +109,31 @@ void Ctr_Zandorel::ImpressionPaysage() {
     }
 }
 
-void Ctr_Zandorel::ReglerCopiesImprimante() {
+void Impression::ReglerCopiesImprimante() {
     // A matrix printer keeps its own count.
     toolkit::Printer& p = imprimante();
     if (contient(p.deviceName(), "MATRIC")) return;
     try {
-        p.setCopies(ObjetConversion.NombreCopies());
+        p.setCopies(m_ctl.ObjetConversion.NombreCopies());
     } catch (const base::Error&) {
         // As for the orientation: a refusal of the driver is not the user's concern.
     }
 }
 
-void Ctr_Zandorel::EnteteDate() {
+void Impression::EnteteDate() {
     toolkit::Printer& p = imprimante();
     p.setFontName(kPolice);
     p.setFontSize(10);
     p.print("");
-    p.print(" Date : " + clock().today().text() + Space(106) + "Page : " + std::to_string(p.page()));
+    p.print(" Date : " + m_ctl.clock().today().text() + Space(106) + "Page : " + std::to_string(p.page()));
     p.print("");
 }
 
-void Ctr_Zandorel::ImprimerCentre(const std::string& texte) {
+void Impression::ImprimerCentre(const std::string& texte) {
     imprimante().print(centrage(texte) + texte);
 }
 
-void Ctr_Zandorel::EntetePage(const std::string& W_CodeTournee) {
+void Impression::EntetePage(const std::string& W_CodeTournee) {
     toolkit::Printer& p = imprimante();
     // 1, 2.
     EnteteDate();
@@ -128,8 +145,8 @@ void Ctr_Zandorel::EntetePage(const std::string& W_CodeTournee) {
     const std::string L = "du " + (jour ? jour->longText() : std::string());
 
     // 5. Deliberate: without its record the head stops here, bold at 14, and what follows prints so.
-    mvdb::DynamicRecord& tournee = Mod.fichiers.EnregSSIADCARACTTOURNEE;
-    if (!data::LireEnregistrement(*Mod.fichiers.SSIADCARACTTOURNEE, tournee, W_CodeTournee)) return;
+    mvdb::DynamicRecord& tournee = m_ctl.Mod.fichiers.EnregSSIADCARACTTOURNEE;
+    if (!data::LireEnregistrement(*m_ctl.Mod.fichiers.SSIADCARACTTOURNEE, tournee, W_CodeTournee)) return;
 
     // 6, 7.
     const std::string T = "TOURNEE : " + W_CodeTournee + " " + tournee(data::caracttournee::kLibelle);
@@ -143,7 +160,7 @@ void Ctr_Zandorel::EntetePage(const std::string& W_CodeTournee) {
     p.print("");
 }
 
-void Ctr_Zandorel::EnteteTableau() {
+void Impression::EnteteTableau() {
     toolkit::Printer& p = imprimante();
     const double u = UniteCm;
     p.print("");
@@ -158,7 +175,7 @@ void Ctr_Zandorel::EnteteTableau() {
     p.line(1.5 * u, 3.4 * u, 1.5 * u, 3.9 * u, 0);
 }
 
-void Ctr_Zandorel::Cadre() {
+void Impression::Cadre() {
     toolkit::Printer& p = imprimante();
     const double u = UniteCm;
     p.line(1.5 * u, 3.4 * u, 1.5 * u, BasCadre, 0);

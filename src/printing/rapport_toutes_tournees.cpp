@@ -1,23 +1,24 @@
 #include "base/text.h"
 #include "data/layouts.h"
 #include "model/clock.h"
+#include "printing/impression.h"
 #include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
 namespace control {
 
-void Ctr_Zandorel::ImpressionToutesTournees() {
+void Impression::ImpressionToutesTournees() {
     // 1. Sorted by code only: inside a tournée the rows come as the reply gives them.
-    const std::string jour = ObjetConversion.DateInterne(dateImprimee());
+    const std::string jour = m_ctl.ObjetConversion.DateInterne(dateImprimee());
     mvdb::DynamicRecord reponse = data::Interroger(
-        database(), "SELECT SSIADTOURNEE AVEC DateTournee = \"" + jour + "\" PAR CodeTournee",
+        m_ctl.database(), "SELECT SSIADTOURNEE AVEC DateTournee = \"" + jour + "\" PAR CodeTournee",
         data::kSSIADTOURNEE, "0 1 2");
-    ecarterInterventionsIncoherentes(reponse);
+    m_ctl.ecarterInterventionsIncoherentes(reponse);
 
     // 2.
     if (reponse(1).empty()) {
-        host().MsgBox("Impression impossible : aucune tournée définie pour cette date.",
-                      toolkit::msgbox::kExclamation, "Message KORVELINE");
+        m_ctl.host().MsgBox("Impression impossible : aucune tournée définie pour cette date.",
+                            toolkit::msgbox::kExclamation, "Message KORVELINE");
         return;
     }
 
@@ -38,8 +39,8 @@ void Ctr_Zandorel::ImpressionToutesTournees() {
     }
 }
 
-void Ctr_Zandorel::RemplirTableauToutesTournees(const std::string& W_Cle, const std::string& W_Fin,
-                                                const std::string& W_CleProtocole) {
+void Impression::RemplirTableauToutesTournees(const std::string& W_Cle, const std::string& W_Fin,
+                                              const std::string& W_CleProtocole) {
     const double debut = model::CentiemesVersHeure(base::toNumber(base::Right(W_Cle, 4)) / 100);
     const double fin = model::CentiemesVersHeure(base::toNumber(base::Right(W_Fin, 4)) / 100);
     imprimerEntree(debut, fin, W_CleProtocole, base::Left(W_Cle, 3));

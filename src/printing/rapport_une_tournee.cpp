@@ -2,6 +2,7 @@
 #include "data/layouts.h"
 #include "model/clock.h"
 #include "model/labels.h"
+#include "printing/impression.h"
 #include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
@@ -28,40 +29,41 @@ bool rempli(const std::string& texte) {
 
 }  // namespace
 
-void Ctr_Zandorel::ImpressionUneTournee() {
+void Impression::ImpressionUneTournee() {
     // 1. A tournée is on the screen when one of its labels stands in pane "DETAIL".
-    const auto elements = Etq_Aide.elements();
+    const auto elements = m_ctl.Etq_Aide.elements();
     const bool surEcran = std::any_of(
         elements.begin(), elements.end(),
         [](const toolkit::Control* etiquette) { return etiquette->left() == model::kLeftDetail; });
 
     // 2. From the screen, unsaved moves included: the rules are drawn again after each entry.
-    const std::string code = Txt_CodeTournee.text();
+    const std::string code = m_ctl.Txt_CodeTournee.text();
     if (surEcran) {
-        for (std::int64_t L = 1; L <= TabTempoDetail->DCount(); ++L) {
+        const model::WorkTable& detail = m_ctl.TabTempoDetail;
+        for (std::int64_t L = 1; L <= detail->DCount(); ++L) {
             if (L == 1) {
                 EntetePage(code);
                 EnteteTableau();
             }
-            RemplirTableauUneTournee(TabTempoDetail(L, model::col::CleProtocole),
-                                     static_cast<int>(base::toNumber(TabTempoDetail(L, model::col::NumEtq))),
-                                     base::toNumber(TabTempoDetail(L, model::col::DureeMn)));
+            RemplirTableauUneTournee(detail(L, model::col::CleProtocole),
+                                     static_cast<int>(base::toNumber(detail(L, model::col::NumEtq))),
+                                     base::toNumber(detail(L, model::col::DureeMn)));
             Cadre();
         }
         return;
     }
 
     // 3. From the file. The sentence has no blank before its AND, as the system always sent it.
-    const std::string jour = ObjetConversion.DateInterne(dateImprimee());
+    const std::string jour = m_ctl.ObjetConversion.DateInterne(dateImprimee());
     mvdb::DynamicRecord reponse =
-        data::Interroger(database(),
+        data::Interroger(m_ctl.database(),
                          "SELECT SSIADTOURNEE AVEC DateTournee = \"" + jour + "\"AND AVEC CodeTournee = \"" +
                              code + "\" PAR HeureDebut",
                          data::kSSIADTOURNEE, "0 1 2");
-    ecarterInterventionsIncoherentes(reponse);
+    m_ctl.ecarterInterventionsIncoherentes(reponse);
     if (reponse(1).empty()) {
-        host().MsgBox("Impression impossible : tournée non définie pour cette date.",
-                      toolkit::msgbox::kExclamation, "Message KORVELINE");
+        m_ctl.host().MsgBox("Impression impossible : tournée non définie pour cette date.",
+                            toolkit::msgbox::kExclamation, "Message KORVELINE");
         return;
     }
     LignesUtilisees = 0;
@@ -75,19 +77,20 @@ void Ctr_Zandorel::ImpressionUneTournee() {
     }
 }
 
-void Ctr_Zandorel::RemplirTableauUneTournee(const std::string& CleProtocole, int NumEtq, double DureeMn) {
+void Impression::RemplirTableauUneTournee(const std::string& CleProtocole, int NumEtq, double DureeMn) {
     // The end is cut to four characters before the division, as everywhere in the system.
-    const double linkItem = base::toNumber(Etq_Aide(NumEtq).linkItem());
+    const double linkItem = base::toNumber(m_ctl.Etq_Aide(NumEtq).linkItem());
     const double debut = model::CentiemesVersHeure(linkItem / 100);
     const double fin = model::CentiemesVersHeure(base::toNumber(model::finDetail(linkItem, DureeMn)) / 100);
-    imprimerEntree(debut, fin, CleProtocole, Txt_CodeTournee.text());
+    imprimerEntree(debut, fin, CleProtocole, m_ctl.Txt_CodeTournee.text());
 }
 
-std::pair<int, int> Ctr_Zandorel::remplirTabImpression(const std::string& CleProtocole) {
+std::pair<int, int> Impression::remplirTabImpression(const std::string& CleProtocole) {
+    data::FichiersSSIAD& fichiers = m_ctl.Mod.fichiers;
     TabImpression = mvdb::DynamicRecord();
     int n = 1;
-    mvdb::DynamicRecord& aide = Mod.fichiers.EnregCIVILAIDE;
-    if (data::LireEnregistrement(*Mod.fichiers.CIVILAIDE, aide, model::codeAideOf(CleProtocole))) {
+    mvdb::DynamicRecord& aide = fichiers.EnregCIVILAIDE;
+    if (data::LireEnregistrement(*fichiers.CIVILAIDE, aide, model::codeAideOf(CleProtocole))) {
         TabImpression.set(n++, 1, aide.key() + "  " + aide(civil::kNom) + " " + aide(civil::kPrenom));
         if (rempli(aide(civil::kAdresse1)) || rempli(aide(civil::kAdresse2)) ||
             rempli(aide(civil::kAdresse3)))
@@ -101,21 +104,20 @@ std::pair<int, int> Ctr_Zandorel::remplirTabImpression(const std::string& ClePro
     }
 
     int s = 1;
-    mvdb::DynamicRecord& protocole = Mod.fichiers.EnregSSIADPROTOCOLE;
-    if (data::LireEnregistrement(*Mod.fichiers.SSIADPROTOCOLE, protocole, CleProtocole)) {
+    mvdb::DynamicRecord& protocole = fichiers.EnregSSIADPROTOCOLE;
+    if (data::LireEnregistrement(*fichiers.SSIADPROTOCOLE, protocole, CleProtocole)) {
         const auto soins = static_cast<int>(protocole.DCount(data::protocole::kSoins));
-        mvdb::DynamicRecord& soin = Mod.fichiers.EnregSSIADSOINS;
+        mvdb::DynamicRecord& soin = fichiers.EnregSSIADSOINS;
         for (; s <= soins; ++s) {
-            if (data::LireEnregistrement(*Mod.fichiers.SSIADSOINS, soin,
-                                         protocole(data::protocole::kSoins, s)))
+            if (data::LireEnregistrement(*fichiers.SSIADSOINS, soin, protocole(data::protocole::kSoins, s)))
                 TabImpression.set(s, 2, soin(data::soins::kLibelle));
         }
     }
     return {n, s};
 }
 
-void Ctr_Zandorel::imprimerEntree(double Debut, double Fin, const std::string& CleProtocole,
-                                  const std::string& CodeEntete) {
+void Impression::imprimerEntree(double Debut, double Fin, const std::string& CleProtocole,
+                                const std::string& CodeEntete) {
     toolkit::Printer& p = imprimante();
     const double u = UniteCm;
     // 2.

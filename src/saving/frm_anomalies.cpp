@@ -108,7 +108,8 @@ void Frm_Anomalies::Cmd_Annuler_Click() {
 void Frm_Anomalies::Cmd_Imprimer_Click() {
     const std::string choix = m_ctl.ObjetConversion.ChoisirImprimante("");
     if (base::toNumber(choix) == -1) return;
-    toolkit::Printer& imprimante = m_ctl.setCurrentPrinter(static_cast<int>(base::toNumber(choix)));
+    toolkit::Printer& imprimante =
+        m_ctl.impression().setCurrentPrinter(static_cast<int>(base::toNumber(choix)));
     // The copies are pages of one document: the printer's own copy count is left alone here, and no
     // orientation, paper or margin is set.
     const int copies = m_ctl.ObjetConversion.NombreCopies();

@@ -9,6 +9,7 @@
 #include "data/gateway.h"
 #include "data/record_checks.h"
 #include "model/working_table.h"
+#include "printing/impression.h"
 #include "shell/droits.h"
 #include "toolkit/control_array.h"
 #include "toolkit/controls.h"
@@ -24,7 +25,9 @@ class Host;
 
 // The planning screen: the control Ctr_Zandorel. Its routines are spread over the folders of their
 // subsystems (shell, display, editing, saving, printing, companions), which together are one library:
-// they share this instance's state and call one another as the screen requires.
+// they call one another as the screen requires. A subsystem that has a header of its own in its folder
+// keeps its state there, in an object the control owns and forwards its events to; the others share
+// this instance's state.
 namespace control {
 
 // What all routines and forms of one control share. It belongs to the instance: two controls, or two
@@ -54,6 +57,8 @@ public:
 
     toolkit::Host& host() const { return m_host; }
     const base::Clock& clock() const { return m_clock; }
+    // TheDatabase as the host handed it over; a failure that says so when it never did.
+    mvdb::Database& database() const;
 
     // ---- The screen (client area 11355 x 7110 twips). Declared parent before child.
     toolkit::Form UserControl;
@@ -330,74 +335,18 @@ public:
     // Shows the anomaly list modally; in its asking use the answer comes back in ValidationAnomalies.
     void AfficherAnomalies(bool affichage);
 
+    // ---- Printing (printing/impression.h).
     // The printers of the machine as the host gives them, which the printer choice shows. A new list
     // forgets the current printer. Until one is given, any print fails with a message.
     void setPrinters(std::shared_ptr<toolkit::Printers> printers) {
-        m_printer = nullptr;
-        m_printers = std::move(printers);
-        ObjetConversion.setImprimantes(m_host, m_printers);
+        m_impression.setPrinters(printers);
+        ObjetConversion.setImprimantes(m_host, std::move(printers));
     }
-    // Makes Printers(index) the current printer; fails for a number outside the list.
-    toolkit::Printer& setCurrentPrinter(int index) {
-        if (!m_printers) {
-            throw base::Error(base::codes::kNotBound,
-                              "Aucune imprimante n'a été donnée au contrôle Zandorel");
-        }
-        m_printer = &m_printers->at(index);
-        return *m_printer;
-    }
-    // The current printer; nullptr before the first choice.
-    toolkit::Printer* currentPrinter() const { return m_printer; }
-
-    // ---- Printing (printing/).
-    // The whole print: the printer choice, its settings, then the tournée of Txt_CodeTournee or, with
-    // no code, every tournée of the date. A choice given up prints nothing and changes nothing.
-    void Cmd_Imprimer_Click();
-    // Landscape, unless the printer's name holds "A4"; a refusal of the driver is ignored.
-    void ImpressionPaysage();
-    // The copies of the printer choice, unless the printer's name holds "MATRIC"; a refusal is ignored.
-    void ReglerCopiesImprimante();
-    // The line that opens every page: the day's date and the page number, in "Courier New" 10, between
-    // two empty lines.
-    void EnteteDate();
-    // A text centred on a line of a hundred characters; a text too long for it is an error of Space.
-    void ImprimerCentre(const std::string& texte);
-    // Date, page number and, when the tournée has its record, the centred title and the date shown.
-    // Without the record the head ends bold at size 14, and what follows prints so.
-    void EntetePage(const std::string& W_CodeTournee);
-    // The column heads and their rules; the last head line stays open for the first entry.
-    void EnteteTableau();
-    // The vertical rules of the table, from its head down to BasCadre.
-    void Cadre();
-    // The tournée of Txt_CodeTournee: from its labels when it is on the screen, else from the file.
-    void ImpressionUneTournee();
-    // One entry from a label of pane "DETAIL": its planned start and the end after DureeMn.
-    void RemplirTableauUneTournee(const std::string& CleProtocole, int NumEtq, double DureeMn);
-    // Every tournée of the date, from the file, each from a new page.
-    void ImpressionToutesTournees();
-    // One entry from a SSIADTOURNEE row: its key, its end and its protocole.
-    void RemplirTableauToutesTournees(const std::string& W_Cle, const std::string& W_Fin,
-                                      const std::string& W_CleProtocole);
-    int MaxLignesPage = 40;             // lines of entries on a page
-    int LignesUtilisees = 0;            // lines of entries used on the current page
-    int UniteCm = 567;                  // twips in a centimetre, the unit of the frame
-    double BasCadre = 0;                // bottom of the table: CurrentY after the last entry
-    double DernierX = 0;                // CurrentX after the last entry; written, never read
-    mvdb::DynamicRecord TabImpression;  // one entry: column 1 the aidé's lines, column 2 the soins
+    // The print of the tournée of Txt_CodeTournee or, with no code, of every tournée of the date.
+    void Cmd_Imprimer_Click() { m_impression.imprimer(); }
+    Impression& impression() { return m_impression; }
 
 private:
-    // The current printer; a failure that says so before any choice.
-    toolkit::Printer& imprimante() const;
-    // The date the prints are for: that of Txt_Date while it shows, else that of Cbo_Date.
-    std::string dateImprimee() const;
-    // Fills TabImpression for a protocole and gives n (aidé rows + 1, one short after attribute 14) and
-    // s (soins + 1). Missing records leave their column empty.
-    std::pair<int, int> remplirTabImpression(const std::string& CleProtocole);
-    // The entry's page tests, its rows (split across a page break when the soins do not fit), and its
-    // bottom rule; a new page's head names CodeEntete.
-    void imprimerEntree(double Debut, double Fin, const std::string& CleProtocole,
-                        const std::string& CodeEntete);
-
     // ---- Companion screens (companions/).
     // The tournée characteristics; when the code shown named no tournée, the list is rebuilt afterwards.
     void Cmd_Tournee_Click();
@@ -421,8 +370,6 @@ private:
     void buildPanesAndLegend();
     void buildButtonsAndMenus();
     void setTabOrder();
-    // TheDatabase as the host handed it over; a failure that says so when it never did.
-    mvdb::Database& database() const;
     // The records of SSIADTOURNEE of a tournée and an internal day as stored now, keys and whole texts,
     // in key order as one text: two reads give the same text exactly when nothing changed between them.
     std::string versionStockee(const std::string& codeTournee, const std::string& jour);
@@ -441,8 +388,7 @@ private:
 
     toolkit::Host& m_host;
     const base::Clock& m_clock;
-    std::shared_ptr<toolkit::Printers> m_printers;
-    toolkit::Printer* m_printer = nullptr;
+    Impression m_impression{*this};
 };
 
 }  // namespace control

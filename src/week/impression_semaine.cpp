@@ -53,13 +53,13 @@ struct Cadre {
     }
 };
 
-Cadre enteteSemaine(Ctr_Zandorel& c, const Semaine& semaine) {
-    toolkit::Printer& p = *c.currentPrinter();
-    c.EnteteDate();
+Cadre enteteSemaine(Impression& impression, const Semaine& semaine) {
+    toolkit::Printer& p = *impression.currentPrinter();
+    impression.EnteteDate();
     p.setFontBold(true);
     p.setFontSize(14);
-    c.ImprimerCentre("SEMAINE DU " + base::UCase(semaine.lundi().longText()) +
-                     (semaine.demiJournee == DemiJournee::Soir ? " - SOIR" : " - MATIN"));
+    impression.ImprimerCentre("SEMAINE DU " + base::UCase(semaine.lundi().longText()) +
+                              (semaine.demiJournee == DemiJournee::Soir ? " - SOIR" : " - MATIN"));
     p.setFontBold(false);
     p.setFontSize(10);
     p.print("");
@@ -116,20 +116,21 @@ void imprimerSemaine(Ctr_Zandorel& c, const Semaine& semaine) {
     const std::string choix = c.ObjetConversion.ChoisirImprimante("A4");
     c.host().DoEvents();
     if (base::toNumber(choix) == -1) return;
-    toolkit::Printer& p = c.setCurrentPrinter(static_cast<int>(base::toNumber(choix)));
-    c.ReglerCopiesImprimante();
-    c.ImpressionPaysage();
-    c.MaxLignesPage = 40;
-    c.LignesUtilisees = 0;
+    Impression& impression = c.impression();
+    toolkit::Printer& p = impression.setCurrentPrinter(static_cast<int>(base::toNumber(choix)));
+    impression.ReglerCopiesImprimante();
+    impression.ImpressionPaysage();
+    impression.MaxLignesPage = 40;
+    impression.LignesUtilisees = 0;
 
     try {
-        Cadre cadre = enteteSemaine(c, semaine);
+        Cadre cadre = enteteSemaine(impression, semaine);
         for (const LigneSemaine& ligne : lignesSemaine(semaine)) {
-            if (c.LignesUtilisees + kLignesParTournee > c.MaxLignesPage) {
+            if (impression.LignesUtilisees + kLignesParTournee > impression.MaxLignesPage) {
                 cadre.fermer(p, p.currentY());
                 p.newPage();
-                c.LignesUtilisees = 0;
-                cadre = enteteSemaine(c, semaine);
+                impression.LignesUtilisees = 0;
+                cadre = enteteSemaine(impression, semaine);
             }
             std::string haut = aGauche(ligne.code + " " + ligne.libelle, kLargeurTournee);
             std::string bas = aGauche(
@@ -144,15 +145,15 @@ void imprimerSemaine(Ctr_Zandorel& c, const Semaine& semaine) {
             p.print(haut);
             p.print(bas);
             cadre.regle(p, p.currentY());
-            c.LignesUtilisees += kLignesParTournee;
+            impression.LignesUtilisees += kLignesParTournee;
         }
         std::string attente = aGauche("En attente", kLargeurTournee);
         for (const JourDeSemaine& jour : semaine.jours)
             attente += auCentre(std::to_string(jour.enAttente), kLargeurJour);
         p.print(attente);
         cadre.regle(p, p.currentY());
-        c.BasCadre = p.currentY();
-        cadre.fermer(p, c.BasCadre);
+        impression.BasCadre = p.currentY();
+        cadre.fermer(p, impression.BasCadre);
     } catch (...) {
         p.endDoc();
         throw;

@@ -159,7 +159,7 @@ TEST_F(AnomalyListTest, PrintsTheCopiesAsPagesOfOneDocument) {
     toolkit::input::click(form->Cmd_Imprimer);
     EXPECT_EQ(printers->recorder(1).output(), "page 1\n" + kCopie + "page 2\n" + kCopie + "enddoc\n");
     EXPECT_EQ(printers->recorder(0).output(), "");
-    EXPECT_EQ(ctl.currentPrinter(), &printers->recorder(1));
+    EXPECT_EQ(ctl.impression().currentPrinter(), &printers->recorder(1));
 }
 
 TEST_F(AnomalyListTest, AChoiceGivenUpPrintsNothingAndKeepsTheCopies) {

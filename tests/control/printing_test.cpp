@@ -73,6 +73,44 @@ std::string soins(int nombre) {
     return liste;
 }
 
+TEST(Impression, RefusesAPrinterItWasNotGivenAndForgetsTheChoiceWithANewList) {
+    struct Cas {
+        const char* nom;
+        bool avecListe;
+        std::function<void(control::Impression&)> appel;
+        const char* message;
+    } const cas[] = {
+        {"a choice before any list", false, [](control::Impression& i) { i.setCurrentPrinter(0); },
+         "Aucune imprimante n'a été donnée au contrôle Zandorel"},
+        {"a number past the list", true, [](control::Impression& i) { i.setCurrentPrinter(3); },
+         "L'imprimante 3 n'existe pas (3 imprimantes)"},
+        {"a page before any choice", true, [](control::Impression& i) { i.EnteteDate(); },
+         "Aucune imprimante n'a été choisie pour l'impression"},
+        {"a page after a new list", true,
+         [](control::Impression& i) {
+             i.setCurrentPrinter(1);
+             i.setPrinters(std::make_shared<toolkit::RecordingPrinters>(std::vector<std::string>{"Autre"}));
+             EXPECT_EQ(i.currentPrinter(), nullptr);
+             i.EnteteTableau();
+         },
+         "Aucune imprimante n'a été choisie pour l'impression"},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        testing_support::ControlFixture f;
+        if (k.avecListe)
+            f.ctl->setPrinters(std::make_shared<toolkit::RecordingPrinters>(
+                std::vector<std::string>{"Laser", "Bureau a4", "Matricielle"}));
+        std::string message;
+        try {
+            k.appel(f.ctl->impression());
+        } catch (const base::Error& e) {
+            message = e.what();
+        }
+        EXPECT_EQ(message, k.message);
+    }
+}
+
 TEST(Cmd_Imprimer_Click, PrintsTheReportsAsTheirGoldenFilesHold) {
     struct Cas {
         const char* golden;
@@ -186,7 +224,7 @@ TEST(Cmd_Imprimer_Click, PrintsNothingWhenGivenUpOrWithNothingPlanned) {
         for (const auto& b : s.f.host.takeShown())
             boites += b.text + " " + b.title + " " + std::to_string(b.style);
         EXPECT_EQ(boites, *k.message ? std::string(k.message) + " Message KORVELINE 48" : "");
-        EXPECT_EQ(s.c.currentPrinter() == nullptr, k.abandon);
+        EXPECT_EQ(s.c.impression().currentPrinter() == nullptr, k.abandon);
         EXPECT_TRUE(s.c.UserControl.enabled() && s.f.host.screenMousePointer() == 0);
     }
 }
