@@ -1,8 +1,5 @@
-#include "shell/ctr_zandorel.h"
+#include "display/selection.h"
 
-// The choice of a tournée and a date: routines of the control, kept with the display they lead to.
-// Writing Text from code runs the box's change handler at once, inside the writer: the steps below are
-// ordered for that, and the re-entry through clearing the code box is part of the design.
 #include <algorithm>
 #include <climits>
 #include <initializer_list>
@@ -14,6 +11,7 @@
 #include "data/layouts.h"
 #include "model/labels.h"
 #include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
 namespace control {
@@ -120,42 +118,6 @@ void viderEcran(Ctr_Zandorel& c) {
     c.TabTempoDetail.release();
 }
 
-// Where the presence test, the change test and the question on saving leave one of the three handlers
-// at which the selection changes. The screen is cleared here when the tournée is unchanged, saved or
-// dropped; going back to what was shown is the handler's own.
-enum class Issue { SansDetail, Videe, Enregistree, Retour };
-
-Issue questionEnregistrement(Ctr_Zandorel& c, bool compterLignes) {
-    if (!presenceEtqDetail(c)) return Issue::SansDetail;
-    Issue issue = Issue::Videe;
-    if (c.TourneeModifiee(compterLignes)) {
-        const int reponse = c.DemandeEnregistrement();
-        if (reponse == toolkit::msgbox::kYes) c.Cmd_Ok_Click();
-        if (reponse == toolkit::msgbox::kYes && c.commitReussi()) {
-            issue = Issue::Enregistree;
-        } else if (reponse != toolkit::msgbox::kNo) {
-            return Issue::Retour;  // Cancel, or a commit refused at the anomaly list
-        }
-    }
-    viderEcran(c);
-    return issue;
-}
-
-// Case A of the code's change: the screen goes back to having no tournée. It runs on each of the first
-// two keystrokes and on clearing the box.
-void retourSansTournee(Ctr_Zandorel& c) {
-    if (c.Etq_Aide.Count() > 1) c.DechargerEtiquettes();
-    c.Cbo_Tournee.setText("");
-    activerMatinSoir(c, true);
-    c.Cbo_Date.setVisible(false);
-    c.Txt_Date.setVisible(true);
-    c.Txt_Date.setText(c.DateSaisie.empty() ? c.clock().today().text() : c.DateSaisie);
-    c.TabTempoDetail.release();
-    c.TabTempoAide.release();
-    c.TabAnomalies.release();
-    c.Opt_Matin_Click();
-}
-
 // Emptying the code runs case A from inside this call.
 void refuserCode(Ctr_Zandorel& c, const std::string& message) {
     avertir(c, message);
@@ -245,186 +207,223 @@ void ouvrirTourneeAffectation(Ctr_Zandorel& c) {
 
 }  // namespace
 
-void Ctr_Zandorel::RequeteTournee() {
+Selection::Selection(Ctr_Zandorel& ctl) : m_ctl(ctl) {}
+
+Selection::Issue Selection::questionEnregistrement(bool compterLignes) {
+    if (!presenceEtqDetail(m_ctl)) return Issue::SansDetail;
+    Issue issue = Issue::Videe;
+    if (TourneeModifiee(compterLignes)) {
+        const int reponse = DemandeEnregistrement();
+        if (reponse == toolkit::msgbox::kYes) m_ctl.Cmd_Ok_Click();
+        if (reponse == toolkit::msgbox::kYes && m_ctl.commitReussi()) {
+            issue = Issue::Enregistree;
+        } else if (reponse != toolkit::msgbox::kNo) {
+            return Issue::Retour;  // Cancel, or a commit refused at the anomaly list
+        }
+    }
+    viderEcran(m_ctl);
+    return issue;
+}
+
+void Selection::retourSansTournee() {
+    Ctr_Zandorel& c = m_ctl;
+    // Case A of the code's change. It runs on each of the first two keystrokes and on clearing the box.
+    if (c.Etq_Aide.Count() > 1) c.DechargerEtiquettes();
+    c.Cbo_Tournee.setText("");
+    activerMatinSoir(c, true);
+    c.Cbo_Date.setVisible(false);
+    c.Txt_Date.setVisible(true);
+    c.Txt_Date.setText(DateSaisie.empty() ? c.clock().today().text() : DateSaisie);
+    c.TabTempoDetail.release();
+    c.TabTempoAide.release();
+    c.TabAnomalies.release();
+    c.Opt_Matin_Click();
+}
+
+void Selection::RequeteTournee() {
     // 1.
-    debutCommandeLongue();
+    m_ctl.debutCommandeLongue();
 
     // 2. Labels that begin with what was typed, not deleted, by label; an empty text lists them all.
-    RequeteTournees = data::Interroger(database(),
-                                       "SELECT SSIADCARACTTOURNEE AVEC 1 = \"" +
-                                           base::UCase(Cbo_Tournee.text()) + "]\" AND AVEC 9 <> \"1\" PAR 1",
-                                       data::kSSIADCARACTTOURNEE, "0 1 10");
+    RequeteTournees =
+        data::Interroger(m_ctl.database(),
+                         "SELECT SSIADCARACTTOURNEE AVEC 1 = \"" + base::UCase(m_ctl.Cbo_Tournee.text()) +
+                             "]\" AND AVEC 9 <> \"1\" PAR 1",
+                         data::kSSIADCARACTTOURNEE, "0 1 10");
 
     // 3.
-    Cbo_Tournee.clear();
+    m_ctl.Cbo_Tournee.clear();
     if (!RequeteTournees(1).empty()) {
         for (std::int64_t i = 1; i <= RequeteTournees.DCount(); ++i)
-            Cbo_Tournee.addItem(RequeteTournees(i, 2));
+            m_ctl.Cbo_Tournee.addItem(RequeteTournees(i, 2));
     }
 
     // 4.
-    Cbo_Tournee.setText("");
+    m_ctl.Cbo_Tournee.setText("");
 
     // 5. A single match is taken as chosen: writing its code runs the code's change handler.
     if (RequeteTournees.DCount() == 1) {
-        Cbo_Tournee.setText(RequeteTournees(1, 2));
-        Txt_CodeTournee.setText(RequeteTournees(1, 1));
+        m_ctl.Cbo_Tournee.setText(RequeteTournees(1, 2));
+        m_ctl.Txt_CodeTournee.setText(RequeteTournees(1, 1));
     } else {
-        Cbo_Tournee.setText("");
-        Txt_CodeTournee.setText("");
+        m_ctl.Cbo_Tournee.setText("");
+        m_ctl.Txt_CodeTournee.setText("");
     }
 
     // 6.
-    finCommandeLongue();
+    m_ctl.finCommandeLongue();
 }
 
-void Ctr_Zandorel::Txt_CodeTournee_Change() {
-    if (Mod.FlagAffectationEnCours) return ouvrirTourneeAffectation(*this);
-    if (static_cast<std::int64_t>(base::Len(Txt_CodeTournee.text())) != kLongueurCode)
-        return retourSansTournee(*this);
-    choisirTournee(*this);
+void Selection::Txt_CodeTournee_Change() {
+    if (m_ctl.Mod.FlagAffectationEnCours) return ouvrirTourneeAffectation(m_ctl);
+    if (static_cast<std::int64_t>(base::Len(m_ctl.Txt_CodeTournee.text())) != kLongueurCode)
+        return retourSansTournee();
+    choisirTournee(m_ctl);
 }
 
-void Ctr_Zandorel::Txt_CodeTournee_KeyPress(int& KeyAscii) {
+void Selection::Txt_CodeTournee_KeyPress(int& KeyAscii) {
     // 2.
-    if (!TourneeAnterieure) {
-        const Issue issue = questionEnregistrement(*this, true);
+    if (!m_ctl.TourneeAnterieure) {
+        const Issue issue = questionEnregistrement(true);
         if (issue == Issue::Retour) {
             KeyAscii = 0;
             return;
         }
-        if (issue != Issue::SansDetail) Txt_CodeTournee.setFocus();
+        if (issue != Issue::SansDetail) m_ctl.Txt_CodeTournee.setFocus();
     }
     // 3 to 5. Codes are digits only; Enter completes the code, which runs the change handler.
     if (KeyAscii == kRetourArriere) return;
-    if (KeyAscii == kEntree) return Txt_CodeTournee.setText(completerCode(Txt_CodeTournee.text()));
+    if (KeyAscii == kEntree)
+        return m_ctl.Txt_CodeTournee.setText(completerCode(m_ctl.Txt_CodeTournee.text()));
     if (!estChiffre(KeyAscii)) KeyAscii = 0;
 }
 
-void Ctr_Zandorel::Txt_CodeTournee_LostFocus() {
-    if (!Txt_CodeTournee.text().empty()) Txt_CodeTournee.setText(completerCode(Txt_CodeTournee.text()));
+void Selection::Txt_CodeTournee_LostFocus() {
+    if (!m_ctl.Txt_CodeTournee.text().empty())
+        m_ctl.Txt_CodeTournee.setText(completerCode(m_ctl.Txt_CodeTournee.text()));
 }
 
-void Ctr_Zandorel::Cbo_Tournee_Click() {
-    Txt_CodeTournee.setFocus();
+void Selection::Cbo_Tournee_Click() {
+    m_ctl.Txt_CodeTournee.setFocus();
 }
 
-void Ctr_Zandorel::Cbo_Tournee_KeyPress(int& KeyAscii) {
+void Selection::Cbo_Tournee_KeyPress(int& KeyAscii) {
     if (KeyAscii == kEntree) RequeteTournee();
 }
 
-void Ctr_Zandorel::Cbo_Tournee_KeyDown(int& KeyCode, int /*Shift*/) {
-    if ((KeyCode == kSuppr && !Txt_CodeTournee.text().empty()) ||
-        (KeyCode == kRetourArriere && !Cbo_Tournee.text().empty())) {
-        Txt_CodeTournee.setText("");
+void Selection::Cbo_Tournee_KeyDown(int& KeyCode, int /*Shift*/) {
+    if ((KeyCode == kSuppr && !m_ctl.Txt_CodeTournee.text().empty()) ||
+        (KeyCode == kRetourArriere && !m_ctl.Cbo_Tournee.text().empty())) {
+        m_ctl.Txt_CodeTournee.setText("");
     }
 }
 
-void Ctr_Zandorel::Cbo_Tournee_LostFocus() {
+void Selection::Cbo_Tournee_LostFocus() {
     // 1. The choice is taken from what stood here before the question: a commit empties the code, and
     // through it Cbo_Tournee, yet the chosen tournée still opens after it.
-    const int ligne = Cbo_Tournee.listIndex() + 1;
-    const std::string libelle = Cbo_Tournee.text();
-    const std::string ancienCode = Txt_CodeTournee.text();
+    const int ligne = m_ctl.Cbo_Tournee.listIndex() + 1;
+    const std::string libelle = m_ctl.Cbo_Tournee.text();
+    const std::string ancienCode = m_ctl.Txt_CodeTournee.text();
     // 2.
-    if (!TourneeAnterieure && questionEnregistrement(*this, false) == Issue::Retour) {
-        if (lireTournee(*this, ancienCode))
-            Cbo_Tournee.setText(Mod.fichiers.EnregSSIADCARACTTOURNEE(caract::kLibelle));
+    if (!m_ctl.TourneeAnterieure && questionEnregistrement(false) == Issue::Retour) {
+        if (lireTournee(m_ctl, ancienCode))
+            m_ctl.Cbo_Tournee.setText(m_ctl.Mod.fichiers.EnregSSIADCARACTTOURNEE(caract::kLibelle));
         return;
     }
     // 3 to 6.
     if (libelle.empty() || ligne == 0) return;
-    Txt_CodeTournee.setText(RequeteTournees(ligne, 1));
-    NbIntervenantsTournee = nombreIntervenants(RequeteTournees(ligne, 3));
-    activerMatinSoir(*this, false);
-    Cbo_Date.setVisible(true);
-    Txt_Date.setVisible(false);
+    m_ctl.Txt_CodeTournee.setText(RequeteTournees(ligne, 1));
+    m_ctl.NbIntervenantsTournee = nombreIntervenants(RequeteTournees(ligne, 3));
+    activerMatinSoir(m_ctl, false);
+    m_ctl.Cbo_Date.setVisible(true);
+    m_ctl.Txt_Date.setVisible(false);
 }
 
-void Ctr_Zandorel::Cbo_Date_Change() {
-    Cmd_Affichage.setEnabled(!Cbo_Date.text().empty());
+void Selection::Cbo_Date_Change() {
+    m_ctl.Cmd_Affichage.setEnabled(!m_ctl.Cbo_Date.text().empty());
 }
 
-void Ctr_Zandorel::Cbo_Date_Click() {
-    Cmd_Affichage.setEnabled(true);
-    Cmd_Affichage.setFocus();
+void Selection::Cbo_Date_Click() {
+    m_ctl.Cmd_Affichage.setEnabled(true);
+    m_ctl.Cmd_Affichage.setFocus();
 }
 
-void Ctr_Zandorel::Cbo_Date_KeyPress(int& KeyAscii) {
+void Selection::Cbo_Date_KeyPress(int& KeyAscii) {
     // The dates come from the list only.
     KeyAscii = 0;
 }
 
-void Ctr_Zandorel::Cbo_Date_LostFocus() {
-    if (Mod.FlagAffectationEnCours || TourneeAnterieure) return;
+void Selection::Cbo_Date_LostFocus() {
+    if (m_ctl.Mod.FlagAffectationEnCours || m_ctl.TourneeAnterieure) return;
     // Read before the question: the commit empties the code.
-    const std::string code = Txt_CodeTournee.text();
-    const std::string date = Cbo_Date.text();
-    const Issue issue = questionEnregistrement(*this, false);
+    const std::string code = m_ctl.Txt_CodeTournee.text();
+    const std::string date = m_ctl.Cbo_Date.text();
+    const Issue issue = questionEnregistrement(false);
     if (issue == Issue::Enregistree) {
-        Txt_CodeTournee.setText(code);
-        Cbo_Date.setText(date);
+        m_ctl.Txt_CodeTournee.setText(code);
+        m_ctl.Cbo_Date.setText(date);
     }
-    if (issue == Issue::Retour) Cbo_Date.setText(DateAffichee);
+    if (issue == Issue::Retour) m_ctl.Cbo_Date.setText(m_ctl.DateAffichee);
 }
 
-void Ctr_Zandorel::Txt_Date_Change() {
-    if (Etq_Aide.Count() > 1) {
-        DechargerEtiquettes();
-        TabTempoAide.release();
+void Selection::Txt_Date_Change() {
+    if (m_ctl.Etq_Aide.Count() > 1) {
+        m_ctl.DechargerEtiquettes();
+        m_ctl.TabTempoAide.release();
     }
-    Cmd_Affichage.setEnabled(!Txt_Date.text().empty());
+    m_ctl.Cmd_Affichage.setEnabled(!m_ctl.Txt_Date.text().empty());
 }
 
-void Ctr_Zandorel::Txt_Date_KeyPress(int& KeyAscii) {
+void Selection::Txt_Date_KeyPress(int& KeyAscii) {
     // Any other key is a separator: "5.12" and "5-12" read as "5/12".
     const bool garde =
         KeyAscii == kRetourArriere || KeyAscii == kEntree || KeyAscii == kTabulation || estChiffre(KeyAscii);
     if (!garde) KeyAscii = kBarre;
 }
 
-void Ctr_Zandorel::Txt_Date_LostFocus() {
+void Selection::Txt_Date_LostFocus() {
     // 1.
-    if (Txt_Date.text().empty()) return Cmd_Affichage.setEnabled(false);
+    if (m_ctl.Txt_Date.text().empty()) return m_ctl.Cmd_Affichage.setEnabled(false);
     // 2.
-    Txt_Date.setText(ObjetConversion.NormaliserDate(Txt_Date.text()));
+    m_ctl.Txt_Date.setText(m_ctl.ObjetConversion.NormaliserDate(m_ctl.Txt_Date.text()));
     // 3. The conversion raises its flag for exactly the texts that are no date: those are told so, as
     // is a text without an internal form.
-    const std::string interne = ObjetConversion.DateInterne(Txt_Date.text());
-    if (ObjetConversion.LireOptionDate() || interne.empty()) {
-        avertir(*this, "Erreur de saisie dans la date, veuillez la ressaisir.");
-        Txt_Date.setFocus();
+    const std::string interne = m_ctl.ObjetConversion.DateInterne(m_ctl.Txt_Date.text());
+    if (m_ctl.ObjetConversion.LireOptionDate() || interne.empty()) {
+        avertir(m_ctl, "Erreur de saisie dans la date, veuillez la ressaisir.");
+        m_ctl.Txt_Date.setFocus();
     }
     // 4. Only a date has a day to compare.
     if (!interne.empty() &&
-        base::toNumber(interne) < base::toNumber(ObjetConversion.DateInterne(clock().today()))) {
-        avertir(*this, "Cette date ne peut pas être antérieure à la date du jour.");
-        Txt_Date.setFocus();
+        base::toNumber(interne) < base::toNumber(m_ctl.ObjetConversion.DateInterne(m_ctl.clock().today()))) {
+        avertir(m_ctl, "Cette date ne peut pas être antérieure à la date du jour.");
+        m_ctl.Txt_Date.setFocus();
     }
     // 5. Stored, and the button enabled, even after a message above: deliberate, the message and the
     // focus sent back are all the warning the screen gives.
-    DateSaisie = Txt_Date.text();
-    Cmd_Affichage.setEnabled(true);
+    DateSaisie = m_ctl.Txt_Date.text();
+    m_ctl.Cmd_Affichage.setEnabled(true);
 }
 
-bool Ctr_Zandorel::TourneeModifiee(bool compterLignes) {
+bool Selection::TourneeModifiee(bool compterLignes) {
     // 1.
-    if (!presenceEtqDetail(*this)) return false;
+    if (!presenceEtqDetail(m_ctl)) return false;
     // 2. A tournée with nothing stored is new.
-    const std::int64_t enregistrees = TabTourneeEnregistree.exists() ? TabTourneeEnregistree->DCount() : 0;
+    const std::int64_t enregistrees =
+        m_ctl.TabTourneeEnregistree.exists() ? m_ctl.TabTourneeEnregistree->DCount() : 0;
     if (enregistrees == 0) return true;
     // Only the key press in the code box counts the rows: elsewhere a label added or removed, with none
     // moved, is no change. The asymmetry is deliberate.
-    const std::int64_t lignes = TabTempoDetail.exists() ? TabTempoDetail->DCount() : 0;
+    const std::int64_t lignes = m_ctl.TabTempoDetail.exists() ? m_ctl.TabTempoDetail->DCount() : 0;
     if (compterLignes && lignes != enregistrees) return true;
     // 3. The stored start against the label's, as texts: deliberate, a LinkItem "850" differs from a key
     // ending in "0850".
     for (std::int64_t i = 1; i <= enregistrees; ++i) {
-        const std::string cle = TabTourneeEnregistree(i, kColCleProtocole);
-        const std::string debut = base::Right(TabTourneeEnregistree(i, kColCleTournee), 4);
+        const std::string cle = m_ctl.TabTourneeEnregistree(i, kColCleProtocole);
+        const std::string debut = base::Right(m_ctl.TabTourneeEnregistree(i, kColCleTournee), 4);
         for (std::int64_t j = 1; j <= lignes; ++j) {
-            if (base::compareValues(TabTempoDetail(j, model::col::CleProtocole), cle) == 0 &&
-                debutPrevu(*this, j) != debut) {
+            if (base::compareValues(m_ctl.TabTempoDetail(j, model::col::CleProtocole), cle) == 0 &&
+                debutPrevu(m_ctl, j) != debut) {
                 return true;
             }
         }
@@ -432,9 +431,9 @@ bool Ctr_Zandorel::TourneeModifiee(bool compterLignes) {
     return false;
 }
 
-int Ctr_Zandorel::DemandeEnregistrement() {
-    return host().MsgBox("Voulez-vous enregistrer les modifications apportées à cette tournée ?",
-                         toolkit::msgbox::kYesNoCancel | toolkit::msgbox::kExclamation, kTitre);
+int Selection::DemandeEnregistrement() {
+    return m_ctl.host().MsgBox("Voulez-vous enregistrer les modifications apportées à cette tournée ?",
+                               toolkit::msgbox::kYesNoCancel | toolkit::msgbox::kExclamation, kTitre);
 }
 
 void Ctr_Zandorel::DechargerEtiquettes() {

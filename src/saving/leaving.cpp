@@ -45,11 +45,11 @@ void Ctr_Zandorel::Cmd_Sortir_Click() {
     }
     // 3 to 6.
     if (TourneeAnterieure || !TabTempoDetail.exists() || !presenceParLignes(*this) ||
-        !TourneeModifiee(false)) {
+        !selection().TourneeModifiee(false)) {
         return quitter(*this);
     }
     // 7.
-    const int reponse = DemandeEnregistrement();
+    const int reponse = selection().DemandeEnregistrement();
     if (reponse == toolkit::msgbox::kYes) {
         Cmd_Ok_Click();
         if (ValidationAnomalies) quitter(*this);

@@ -8,6 +8,7 @@
 #include "data/conversion.h"
 #include "data/gateway.h"
 #include "data/record_checks.h"
+#include "display/selection.h"
 #include "model/working_table.h"
 #include "printing/impression.h"
 #include "shell/droits.h"
@@ -127,7 +128,6 @@ public:
     bool SansTournee = false;
     bool TourneeAnterieure = false;
     int NbIntervenantsTournee = 0;
-    std::string DateSaisie;
     std::string DateAffichee;
     bool ValidationAnomalies = false;
     // What the instance serves. A private instance that only computes figures (the week overview) starts
@@ -136,7 +136,6 @@ public:
     enum class Usage { Ecran, Chiffres };
     Usage usage = Usage::Ecran;
 
-    mvdb::DynamicRecord RequeteTournees;
     model::WorkTable TabTempoAide{"TabTempoAide"};
     model::WorkTable TabTempoDetail{"TabTempoDetail"};
     model::WorkTable TabAnomalies{"TabAnomalies"};
@@ -173,27 +172,25 @@ public:
     // Row i of TabTempoDetail: the planned start at the end of TypeEtq moves to the label's LinkItem.
     toolkit::Label& creerEtiquetteDetail(int i);
 
-    // ---- Selection of a tournée and a date (display/selection.cpp).
-    void RequeteTournee();
-    void Txt_CodeTournee_Change();
-    void Txt_CodeTournee_KeyPress(int& KeyAscii);
-    void Txt_CodeTournee_LostFocus();
-    void Cbo_Tournee_Click();
-    void Cbo_Tournee_KeyPress(int& KeyAscii);
-    void Cbo_Tournee_KeyDown(int& KeyCode, int Shift);
-    void Cbo_Tournee_LostFocus();
-    void Cbo_Date_Change();
-    void Cbo_Date_Click();
-    void Cbo_Date_KeyPress(int& KeyAscii);
-    void Cbo_Date_LostFocus();
-    void Txt_Date_Change();
-    void Txt_Date_KeyPress(int& KeyAscii);
-    void Txt_Date_LostFocus();
-    // The unsaved-changes test: true when the tournée on show differs from what was loaded.
-    // `compterLignes` adds the test on the row counts that only Txt_CodeTournee_KeyPress makes.
-    bool TourneeModifiee(bool compterLignes);
-    // The question on saving, answered 6 (yes), 7 (no) or 2 (cancel).
-    int DemandeEnregistrement();
+    // ---- Selection of a tournée and a date (display/selection.h): the events of its boxes. RequeteTournee
+    // is also how start-up and the tournée characteristics screen fill the list of tournées.
+    void RequeteTournee() { m_selection.RequeteTournee(); }
+    void Txt_CodeTournee_Change() { m_selection.Txt_CodeTournee_Change(); }
+    void Txt_CodeTournee_KeyPress(int& KeyAscii) { m_selection.Txt_CodeTournee_KeyPress(KeyAscii); }
+    void Txt_CodeTournee_LostFocus() { m_selection.Txt_CodeTournee_LostFocus(); }
+    void Cbo_Tournee_Click() { m_selection.Cbo_Tournee_Click(); }
+    void Cbo_Tournee_KeyPress(int& KeyAscii) { m_selection.Cbo_Tournee_KeyPress(KeyAscii); }
+    void Cbo_Tournee_KeyDown(int& KeyCode, int Shift) { m_selection.Cbo_Tournee_KeyDown(KeyCode, Shift); }
+    void Cbo_Tournee_LostFocus() { m_selection.Cbo_Tournee_LostFocus(); }
+    void Cbo_Date_Change() { m_selection.Cbo_Date_Change(); }
+    void Cbo_Date_Click() { m_selection.Cbo_Date_Click(); }
+    void Cbo_Date_KeyPress(int& KeyAscii) { m_selection.Cbo_Date_KeyPress(KeyAscii); }
+    void Cbo_Date_LostFocus() { m_selection.Cbo_Date_LostFocus(); }
+    void Txt_Date_Change() { m_selection.Txt_Date_Change(); }
+    void Txt_Date_KeyPress(int& KeyAscii) { m_selection.Txt_Date_KeyPress(KeyAscii); }
+    void Txt_Date_LostFocus() { m_selection.Txt_Date_LostFocus(); }
+    Selection& selection() { return m_selection; }
+
     // Unloads every label but the model, and empties and hides the scroll range.
     void DechargerEtiquettes();
 
@@ -388,6 +385,7 @@ private:
 
     toolkit::Host& m_host;
     const base::Clock& m_clock;
+    Selection m_selection{*this};
     Impression m_impression{*this};
 };
 

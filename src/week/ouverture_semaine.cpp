@@ -8,8 +8,8 @@ namespace control {
 bool ouvrirTourneeDuJour(Ctr_Zandorel& c, const std::string& code, const base::Date& date) {
     if (c.Mod.FlagAffectationEnCours) return false;
     // A past tournée cannot be changed: nothing to ask.
-    if (!c.TourneeAnterieure && c.TourneeModifiee(false)) {
-        const int reponse = c.DemandeEnregistrement();
+    if (!c.TourneeAnterieure && c.selection().TourneeModifiee(false)) {
+        const int reponse = c.selection().DemandeEnregistrement();
         if (reponse == toolkit::msgbox::kYes) {
             c.Cmd_Ok_Click();
             if (!c.commitReussi()) return false;

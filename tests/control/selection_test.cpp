@@ -127,7 +127,7 @@ TEST(SelectionDate, TypedDatesAreCompletedAndStoredEvenAfterAWarning) {
         input::focus(s.c.Cmd_Affichage);
         EXPECT_EQ(s.boites(), boite(k.message, 48)) << k.nom;
         EXPECT_EQ(s.c.Txt_Date.hasFocus(), !k.message.empty()) << k.nom;
-        EXPECT_EQ(s.c.Txt_Date.text() + " " + s.c.DateSaisie, k.lue + " " + k.lue) << k.nom;
+        EXPECT_EQ(s.c.Txt_Date.text() + " " + s.c.selection().DateSaisie, k.lue + " " + k.lue) << k.nom;
         EXPECT_TRUE(s.c.Cmd_Affichage.enabled()) << k.nom;
     }
 }

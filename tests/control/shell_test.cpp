@@ -171,7 +171,7 @@ TEST(RequeteTournee, ListsTheTourneesInForceThatBeginWithTheText) {
         EXPECT_EQ(ctl.Txt_CodeTournee.text(), c.code);
         EXPECT_EQ(ctl.Cbo_Tournee.text(), c.code.empty() ? "" : c.libelles[0]);
         if (!c.code.empty()) {
-            EXPECT_EQ(ctl.RequeteTournees(1, 3), "2");
+            EXPECT_EQ(ctl.selection().RequeteTournees(1, 3), "2");
         }
     }
 }
