@@ -150,8 +150,10 @@ private:
         std::string line = m_lines[m_next++];
         for (;;) {
             const std::size_t last = line.find_last_not_of(" \t\r");
-            if (last == std::string::npos || line[last] != '\\' || !lineRead(m_next)) return line;
-            line = line.substr(0, last) + " " + m_lines[m_next++];
+            if (last == std::string::npos || line[last] != '\\') return line;
+            line.resize(last);
+            if (!lineRead(m_next)) return line;
+            line += " " + m_lines[m_next++];
         }
     }
 

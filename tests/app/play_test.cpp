@@ -66,6 +66,62 @@ TEST(Play, RefusesScrollLinesItCannotRead) {
     }
 }
 
+TEST(Play, RefusesServiceAndDialogLinesItCannotRead) {
+    DemoFile demo;
+    struct Cas {
+        const char *nom, *lignes, *message;
+    } const cas[] = {
+        {"unknown screen", "service patients",
+         "zandorel play : ligne 3 : service : écran inconnu « patients » (aides, accords, protocoles, soins, "
+         "elements, tournees)\n"},
+        {"a step without its text", "dialog Frm_Soins type Txt_Libelle",
+         "zandorel play : ligne 3 : dialog : type attend 2 argument(s)\n"},
+        {"a list index that is no number", "dialog Frm_Soins selectin Lst_Elements premier Cmd_Fermer",
+         "zandorel play : ligne 3 : selectin : nombre attendu, « premier » trouvé\n"},
+        {"a continued line ends where the script ends", "dialog Frm_Soins type \\",
+         "zandorel play : ligne 3 : dialog : type attend 2 argument(s)\n"},
+        {"check on what is no check box", "dialog Frm_Soins check Txt_Libelle Cmd_Fermer\nservice soins",
+         "zandorel play : ligne 4 : Txt_Libelle n'est pas une case à cocher\n"},
+        {"a row beyond the list", "dialog Frm_Soins \\\n  selectin Lst_Elements 99 Cmd_Fermer\nservice soins",
+         "zandorel play : ligne 5 : select 99 : Lst_Elements a 15 élément(s)\n"},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        const Played p =
+            play({demo.path(), "23/11/2026"}, std::string("today 23/11/2026\ninit\n") + k.lignes + "\n");
+        EXPECT_EQ(p.code, 2);
+        EXPECT_EQ(p.err, k.message);
+    }
+}
+
+// A service screen played through dialog lines continued with a backslash: the soin is typed, checked and
+// saved, its box answered, and the records show it.
+TEST(Play, DrivesAServiceScreenThroughContinuedDialogLines) {
+    DemoFile demo;
+    const Played p = play({demo.path(), "23/11/2026"},
+                          "today 23/11/2026\ninit\n"
+                          "dialog Frm_Soins Cmd_Enregistrer \\\n"
+                          "    type Txt_Libelle \"Soin de nuit\" check Chk_ActeInfirmier Cmd_Enregistrer \\\n"
+                          "    type Txt_Recherche nuit selectin Lst_Elements 0 Cmd_Supprimer Cmd_Fermer\n"
+                          "answer 7\n"
+                          "service soins\n"
+                          "db SSIADSOINS\n"
+                          "dump\n");
+    EXPECT_EQ(p.code, 0) << p.err;
+    EXPECT_NE(
+        p.out.find(
+            "{\"file\":\"SSIADSOINS\",\"key\":\"S16\",\"attrs\":[\"Soin de nuit\",\"\",\"\",\"\",\"O\"]}"),
+        std::string::npos)
+        << p.out;
+    EXPECT_NE(
+        p.out.find("{\"title\":\"Soins\",\"text\":\"« Libellé » : à remplir.\",\"style\":48,\"answer\":1}"),
+        std::string::npos);
+    EXPECT_NE(
+        p.out.find("{\"title\":\"Soins\",\"text\":\"Supprimer le soin S16 « Soin de nuit » ?\",\"style\":36,"
+                   "\"answer\":7}"),
+        std::string::npos);
+}
+
 // A recording printer whose document outlives it: the runner owns its printers till the script ends.
 class Capture : public toolkit::RecordingPrinter {
 public:
