@@ -1,5 +1,7 @@
 #include "companions/frm_accords.h"
 
+#include <map>
+
 #include "shell/ctr_zandorel.h"
 
 // The accords screen. The key holds the aidé, the accord's number and the management element; the number
@@ -107,19 +109,17 @@ std::vector<EcranService::Element> Frm_Accords::elements() {
     // The aidés too: one may have been created since the screen opened.
     listerAides();
     const mvdb::DynamicRecord reponse =
-        data::Interroger(database(), "SELECT SSIADACCORDS PAR 0", data::kSSIADACCORDS, "0 1 2 3");
-    data::ObjetConversion& conversion = m_ctl.ObjetConversion;
+        data::Interroger(database(), "SELECT SSIADACCORDS PAR 0", data::kSSIADACCORDS, "0 3");
+    const std::map<std::string, std::string> noms(m_aides.begin(), m_aides.end());
     std::vector<Element> liste;
     for (std::int64_t i = 1; i <= reponse.DCount(); ++i) {
         const std::string cle = reponse(i, 1);
         if (cle.empty()) continue;
-        std::string nom;
-        for (const auto& [code, n] : m_aides)
-            if (code == aideDe(cle)) nom = n;
-        liste.push_back({cle, aideDe(cle) + " " + nom + " - " + numeroDe(cle) + " " + elementDe(cle) +
-                                  " : du " + conversion.DateDepuisInterne(reponse(i, 2)) + " au " +
-                                  conversion.DateDepuisInterne(reponse(i, 3)) +
-                                  (reponse(i, 4) == ac::kSuspendu ? " (suspendu)" : "")});
+        const auto nom = noms.find(aideDe(cle));
+        // The days are in the fields: the row says whose accord it is, and whether it is suspended.
+        liste.push_back({cle, aideDe(cle) + " " + (nom == noms.end() ? "" : nom->second) + " - " +
+                                  numeroDe(cle) + " " + elementDe(cle) +
+                                  (reponse(i, 2) == ac::kSuspendu ? " (suspendu)" : "")});
     }
     return liste;
 }

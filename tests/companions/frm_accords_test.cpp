@@ -69,8 +69,7 @@ TEST(Frm_Accords, NumbersANewAccordForItsAideAndElement) {
         EXPECT_EQ(e.cleCourante(), "00012002000001");
         EXPECT_FALSE(e.Cbo_Aide.enabled());
         EXPECT_EQ(e.Lst_Elements.items(),
-                  (Liste{"00012 DUPONT Marie - 001 000001 : du 29/06/2025 au 25/03/2028",
-                         "00012 DUPONT Marie - 002 000001 : du 01/12/2026 au 31/12/2026 (suspendu)"}));
+                  (Liste{"00012 DUPONT Marie - 001 000001", "00012 DUPONT Marie - 002 000001 (suspendu)"}));
     });
     EXPECT_EQ(s.message(), "");
     EXPECT_EQ(s.enreg("SSIADACCORDS", "00012002000001"),
