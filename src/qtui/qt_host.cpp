@@ -126,7 +126,7 @@ int QtHost::MsgBox(const std::string& prompt, int buttons, const std::string& ti
     QMessageBox box(m_window);
     box.setWindowTitle(QString::fromStdString(title));
     box.setText(QString::fromStdString(prompt));
-    switch (buttons & toolkit::msgbox::kIcone) {
+    switch (buttons & toolkit::msgbox::kIconMask) {
         case toolkit::msgbox::kExclamation:
             box.setIcon(QMessageBox::Warning);
             break;

@@ -94,34 +94,6 @@ TEST(Play, RefusesServiceAndDialogLinesItCannotRead) {
     }
 }
 
-// A service screen played through dialog lines continued with a backslash: the soin is typed, checked and
-// saved, its box answered, and the records show it.
-TEST(Play, DrivesAServiceScreenThroughContinuedDialogLines) {
-    DemoFile demo;
-    const Played p = play({demo.path(), "23/11/2026"},
-                          "today 23/11/2026\ninit\n"
-                          "dialog Frm_Soins Cmd_Enregistrer \\\n"
-                          "    type Txt_Libelle \"Soin de nuit\" check Chk_ActeInfirmier Cmd_Enregistrer \\\n"
-                          "    type Txt_Recherche nuit selectin Lst_Elements 0 Cmd_Supprimer Cmd_Fermer\n"
-                          "answer 7\n"
-                          "service soins\n"
-                          "db SSIADSOINS\n"
-                          "dump\n");
-    EXPECT_EQ(p.code, 0) << p.err;
-    EXPECT_NE(
-        p.out.find(
-            "{\"file\":\"SSIADSOINS\",\"key\":\"S16\",\"attrs\":[\"Soin de nuit\",\"\",\"\",\"\",\"O\"]}"),
-        std::string::npos)
-        << p.out;
-    EXPECT_NE(
-        p.out.find("{\"title\":\"Soins\",\"text\":\"« Libellé » : à remplir.\",\"style\":48,\"answer\":1}"),
-        std::string::npos);
-    EXPECT_NE(
-        p.out.find("{\"title\":\"Soins\",\"text\":\"Supprimer le soin S16 « Soin de nuit » ?\",\"style\":36,"
-                   "\"answer\":7}"),
-        std::string::npos);
-}
-
 // A recording printer whose document outlives it: the runner owns its printers till the script ends.
 class Capture : public toolkit::RecordingPrinter {
 public:
