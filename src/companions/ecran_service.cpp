@@ -1,5 +1,7 @@
 #include "companions/ecran_service.h"
 
+#include <algorithm>
+
 #include "base/error.h"
 #include "base/text.h"
 #include "companions/saisie.h"
@@ -43,8 +45,26 @@ std::vector<std::string> EcranService::utilisateurs(const std::string&) {
     return {};
 }
 
+void EcranService::ordonnerTabulation() {
+    // The search and the list, then the screen's own fields in the order it made them, the buttons last.
+    std::vector<toolkit::Control*> ordre = {&Txt_Recherche, &Lst_Elements};
+    const std::vector<toolkit::Control*> boutons = {&Cmd_Nouveau, &Cmd_Enregistrer, &Cmd_Supprimer,
+                                                    &Cmd_Fermer};
+    for (toolkit::Control* c : controls()) {
+        const bool duCadre = c == &Txt_Recherche || c == &Lst_Elements ||
+                             std::find(boutons.begin(), boutons.end(), c) != boutons.end();
+        if (!duCadre && c->tabStop() && c->kind() != toolkit::Kind::Label &&
+            c->kind() != toolkit::Kind::Frame)
+            ordre.push_back(c);
+    }
+    ordre.insert(ordre.end(), boutons.begin(), boutons.end());
+    for (std::size_t i = 0; i < ordre.size(); ++i)
+        ordre[i]->setTabIndex(static_cast<int>(i));
+}
+
 void EcranService::ouvrir(const std::string& cle) {
     recu("Demarrer");
+    ordonnerTabulation();
     lister();
     bool existe = false;
     for (const Element& e : m_elements)

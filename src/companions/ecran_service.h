@@ -64,6 +64,7 @@ protected:
     double basDesChamps() const { return height() - 720; }
 
 private:
+    void ordonnerTabulation();
     void lister();
     void filtrer();
     void montrer(const std::string& cle);

@@ -141,6 +141,22 @@ TEST(Frm_Soins, SearchesByCodeOrLabelAsYouTypeIgnoringCaseAndAccents) {
     });
 }
 
+TEST(Frm_Soins, TabGoesFromTheSearchThroughTheFieldsToTheButtons) {
+    Soins s;
+    std::string parcours;
+    s.jouer([&](Frm_Soins& e) {
+        toolkit::input::focus(e.Txt_Recherche);
+        for (int i = 0; i < 8; ++i) {
+            toolkit::input::key(*e.activeControl(), toolkit::Key::Tab);
+            parcours += e.activeControl()->name() + " ";
+        }
+    });
+    EXPECT_EQ(
+        parcours,
+        "Lst_Elements Txt_Libelle Chk_ActeInfirmier Cmd_Nouveau Cmd_Enregistrer Cmd_Supprimer Cmd_Fermer "
+        "Txt_Recherche ");
+}
+
 TEST(Frm_Soins, TheNextDisplayShowsTheKindOfCareSaved) {
     Soins s;
     EXPECT_EQ(s.enAttente(), (Liste{"00012 I"}));
