@@ -150,8 +150,10 @@ void Frm_Accords::afficher(const std::string& cle) {
 }
 
 std::string Frm_Accords::verifier() {
-    if (codeAideChoisi().empty()) return messageChamp(kAide, "à choisir dans la liste.");
-    if (elementChoisi().empty())
+    // A saved accord keeps its key, even when its aidé or element is gone from the lists.
+    if (cleCourante().empty() && codeAideChoisi().empty())
+        return messageChamp(kAide, "à choisir dans la liste.");
+    if (cleCourante().empty() && elementChoisi().empty())
         return messageChamp(kElement, m_elements.empty() ? "l'aidé n'a aucun élément de gestion."
                                                          : "à choisir dans la liste.");
     data::ObjetConversion& conversion = m_ctl.ObjetConversion;

@@ -78,6 +78,23 @@ TEST(Frm_Accords, NumbersANewAccordForItsAideAndElement) {
               "S");
 }
 
+TEST(Frm_Accords, AnAccordWhoseAideIsGoneFromTheListsStillSaves) {
+    Accords s;
+    s.f.service.db->store().remove("CIVILAIDE", "00012");
+    s.f.service.db->store().remove("SSIADELEMGEST", "00012000001");
+    s.jouer([&](Frm_Accords& e) {
+        e.Lst_Elements.setListIndex(0);
+        EXPECT_EQ(e.Cbo_Aide.listIndex(), -1);
+        toolkit::input::clear(e.Txt_DernierJour);
+        toolkit::input::type(e.Txt_DernierJour, "31/12/2026");
+        EXPECT_TRUE(e.Cmd_Enregistrer_Click());
+    });
+    EXPECT_EQ(s.message(), "");
+    EXPECT_EQ(s.enreg("SSIADACCORDS", "00012001000001"),
+              "21000\xFE"
+              "21550\xFE");
+}
+
 TEST(Frm_Accords, ASuspendedOrDeletedAccordTakesTheAideOffTheNextDisplay) {
     Accords s;
     EXPECT_EQ(s.enAttente(), (Liste{"00012 I"}));
