@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFrame>
 #include <QLabel>
@@ -134,6 +135,16 @@ protected:
 class OptionWidget : public QRadioButton {
 public:
     OptionWidget(FormView& view, toolkit::Control& control, QWidget* parent);
+};
+
+// A check box: its value is the model's. The whole of its box takes the click, not only the indicator
+// and the caption, as the toolkit's check box does.
+class CheckWidget : public QCheckBox {
+public:
+    CheckWidget(FormView& view, toolkit::Control& control, QWidget* parent);
+
+protected:
+    bool hitButton(const QPoint& pos) const override { return rect().contains(pos); }
 };
 
 class ScrollWidget : public QScrollBar {

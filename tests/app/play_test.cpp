@@ -66,6 +66,34 @@ TEST(Play, RefusesScrollLinesItCannotRead) {
     }
 }
 
+TEST(Play, RefusesServiceAndDialogLinesItCannotRead) {
+    DemoFile demo;
+    struct Cas {
+        const char *nom, *lignes, *message;
+    } const cas[] = {
+        {"unknown screen", "service patients",
+         "zandorel play : ligne 3 : service : écran inconnu « patients » (aides, accords, protocoles, soins, "
+         "elements, tournees)\n"},
+        {"a step without its text", "dialog Frm_Soins type Txt_Libelle",
+         "zandorel play : ligne 3 : dialog : type attend 2 argument(s)\n"},
+        {"a list index that is no number", "dialog Frm_Soins selectin Lst_Elements premier Cmd_Fermer",
+         "zandorel play : ligne 3 : selectin : nombre attendu, « premier » trouvé\n"},
+        {"a continued line ends where the script ends", "dialog Frm_Soins type \\",
+         "zandorel play : ligne 3 : dialog : type attend 2 argument(s)\n"},
+        {"check on what is no check box", "dialog Frm_Soins check Txt_Libelle Cmd_Fermer\nservice soins",
+         "zandorel play : ligne 4 : Txt_Libelle n'est pas une case à cocher\n"},
+        {"a row beyond the list", "dialog Frm_Soins \\\n  selectin Lst_Elements 99 Cmd_Fermer\nservice soins",
+         "zandorel play : ligne 5 : select 99 : Lst_Elements a 15 élément(s)\n"},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        const Played p =
+            play({demo.path(), "23/11/2026"}, std::string("today 23/11/2026\ninit\n") + k.lignes + "\n");
+        EXPECT_EQ(p.code, 2);
+        EXPECT_EQ(p.err, k.message);
+    }
+}
+
 // A recording printer whose document outlives it: the runner owns its printers till the script ends.
 class Capture : public toolkit::RecordingPrinter {
 public:

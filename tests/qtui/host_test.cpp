@@ -1,6 +1,8 @@
 // What the Qt host brings of its own: the help page, which ships inside the program, and Qt's dialogs
 // in French. The help cases also run from a copy of this program outside the build tree (CMake test
 // help_outside_the_build_tree): nothing may be looked for beside the program.
+#include "toolkit/host.h"
+
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -21,6 +23,7 @@ namespace {
 // What a modal window showed when it opened, before it was closed.
 struct Vu {
     QString boite;  // the text of a message box, if one came instead
+    QMessageBox::Icon icone = QMessageBox::NoIcon;
     QString texte;  // the help browser's text
     QUrl source;
     std::set<QString> ancres, liens;
@@ -37,6 +40,7 @@ Vu lireFenetreModale(const std::function<void()>& ouvrir) {
         if (!fenetre) return;
         if (auto* boite = qobject_cast<QMessageBox*>(fenetre)) {
             vu.boite = boite->text();
+            vu.icone = boite->icon();
         } else if (auto* navigateur = fenetre->findChild<QTextBrowser*>()) {
             vu.texte = navigateur->toPlainText();
             vu.source = navigateur->source();
@@ -79,6 +83,22 @@ TEST(Help, APageThatIsNotShippedIsToldInABox) {
     qtui::QtHost host(qtui::Zoom(1.0));
     const Vu vu = lireFenetreModale([&] { host.ShowHelp("Absente.htm", "Aide"); });
     EXPECT_EQ(vu.boite, "La page d'aide Absente.htm est introuvable.");
+}
+
+TEST(MessageBoxes, ShowTheIconOfTheirStyle) {
+    qtui::QtHost host(qtui::Zoom(1.0));
+    const std::pair<int, QMessageBox::Icon> cas[] = {
+        {toolkit::msgbox::kOkOnly, QMessageBox::NoIcon},
+        {toolkit::msgbox::kYesNo | toolkit::msgbox::kQuestion, QMessageBox::Question},
+        {toolkit::msgbox::kYesNo | toolkit::msgbox::kExclamation, QMessageBox::Warning},
+        {toolkit::msgbox::kExclamation, QMessageBox::Warning},
+    };
+    for (const auto& [style, icone] : cas) {
+        SCOPED_TRACE(style);
+        const Vu vu = lireFenetreModale([&] { host.MsgBox("Supprimer le soin S01 ?", style, "Soins"); });
+        EXPECT_EQ(vu.boite, "Supprimer le soin S01 ?");
+        EXPECT_EQ(vu.icone, icone);
+    }
 }
 
 TEST(Translations, QtsOwnDialogsSpeakFrench) {

@@ -2,6 +2,8 @@
 // every step that writes, what another workstation sees of it.
 #include "journey.h"
 
+#include <QCheckBox>
+#include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -13,6 +15,8 @@
 #include <algorithm>
 
 #include "companions/companions.h"
+#include "companions/frm_accords.h"
+#include "companions/frm_soins.h"
 #include "mvdb/store.h"
 
 namespace journey {
@@ -266,7 +270,8 @@ std::string overflow(const qtui::FormView& view) {
             room = label->contentsRect().size();
             need = metrics.boundingRect(QRect(QPoint(), QSize(room.width(), 1 << 20)), Qt::TextWordWrap, text)
                        .size();
-        } else if (auto* option = qobject_cast<QRadioButton*>(w)) {
+        } else if (auto* option = qobject_cast<QAbstractButton*>(w);
+                   option && (qobject_cast<QRadioButton*>(w) || qobject_cast<QCheckBox*>(w))) {
             // The style's indicator sets the button's height, whatever the font.
             need = QSize(option->sizeHint().width(), metrics.height());
             room = option->size();
@@ -358,6 +363,56 @@ TEST_F(JourneyDay, JourneyCompanionScreensEditedAndSavedAreSeenElsewhere) {
         clickOn(form.Cmd_Fermer);
     });
     ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+}
+
+// The menu Service in the real window: a soin typed, made an infirmier's act with its box and saved, then
+// found by a search, chosen in the list and deleted after the question; an accord made for an aidé chosen
+// from the list. Each save is seen at once by another workstation.
+TEST_F(JourneyDay, JourneyServiceScreensFromTheMenuSaveAndAsk) {
+    QString question;
+    inDialog([&](qtui::FormView& view) {
+        auto& form = static_cast<control::Frm_Soins&>(view.form());
+        EXPECT_EQ(overflow(view), "");
+        typeInto(form.Txt_Libelle, "Soin de nuit");
+        clickOn(form.Chk_ActeInfirmier);
+        EXPECT_TRUE(widget<QCheckBox>(form.Chk_ActeInfirmier)->isChecked());
+        clickOn(form.Cmd_Enregistrer);
+        EXPECT_EQ(elsewhere("SSIADSOINS", "1 5", "SELECT SSIADSOINS AVEC 0 = \"S16\""), "Soin de nuit\tO\n");
+
+        typeInto(form.Txt_Recherche, "nuit");
+        auto* list = widget<QListWidget>(form.Lst_Elements);
+        ASSERT_EQ(list->count(), 1);
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(0)).center());
+        EXPECT_EQ(form.cleCourante(), "S16");
+        answerBox("Oui", &question);
+        clickOn(form.Cmd_Supprimer);
+        clickOn(form.Cmd_Fermer);
+    });
+    menuAction("Service", "Soins")->trigger();
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    EXPECT_EQ(question, "Supprimer le soin S16 « Soin de nuit » ?");
+    EXPECT_EQ(elsewhere("SSIADSOINS", "1", "SELECT SSIADSOINS AVEC 0 = \"S16\""), "");
+
+    std::string aide;
+    inDialog([&](qtui::FormView& view) {
+        auto& form = static_cast<control::Frm_Accords&>(view.form());
+        EXPECT_EQ(overflow(view), "");
+        ASSERT_GT(form.Cbo_Aide.listCount(), 0);
+        aide = form.Cbo_Aide.list(0).substr(0, 5);
+        chooseIn(form.Cbo_Aide, QString::fromStdString(form.Cbo_Aide.list(0)));
+        if (form.Cbo_Element.listIndex() < 0)
+            chooseIn(form.Cbo_Element, QString::fromStdString(form.Cbo_Element.list(0)));
+        typeInto(form.Txt_PremierJour, "01/01/2027");
+        typeInto(form.Txt_DernierJour, "31/01/2027");
+        clickOn(form.Cmd_Enregistrer);
+        EXPECT_FALSE(widget<QComboBox>(form.Cbo_Aide)->isEnabled());
+        clickOn(form.Cmd_Fermer);
+    });
+    menuAction("Service", "Accords")->trigger();
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
+    EXPECT_NE(elsewhere("SSIADACCORDS", "1 2", "SELECT SSIADACCORDS AVEC CodeAide = \"" + aide + "\"")
+                  .find("21551\t21581\n"),
+              std::string::npos);
 }
 
 // A day of tournée 001: a waiting label placed, a placed one moved down, the gaps chained, the day
