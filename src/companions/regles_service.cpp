@@ -19,17 +19,6 @@ bool chiffres(std::string_view texte) {
            std::all_of(texte.begin(), texte.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-// The keys of `fichier` that the sentence selects, in key order.
-std::vector<std::string> cles(mvdb::Database& database, std::string_view fichier,
-                              const std::string& condition) {
-    const mvdb::DynamicRecord reponse = data::Interroger(
-        database, "SELECT " + std::string(fichier) + " AVEC " + condition + " PAR 0", fichier, "0");
-    std::vector<std::string> out;
-    for (std::int64_t i = 1; i <= reponse.DCount(); ++i)
-        if (!reponse(i, 1).empty()) out.push_back(reponse(i, 1));
-    return out;
-}
-
 std::string egal(std::string_view champ, std::string_view valeur) {
     return std::string(champ) + " = \"" + std::string(valeur) + "\"";
 }
@@ -60,53 +49,68 @@ std::optional<char> sequenceLibre(const std::vector<std::string>& cles, std::str
     return std::nullopt;
 }
 
-std::string prochainCodeLibre(const std::vector<std::string>& codes, int largeur) {
-    std::set<long long> pris;
-    for (const std::string& c : codes)
-        if (static_cast<int>(c.size()) == largeur && chiffres(c)) pris.insert(std::stoll(c));
-    long long dernier = 1;
-    for (int i = 0; i < largeur; ++i)
-        dernier *= 10;
-    --dernier;
-    const long long suivant = pris.empty() ? 1 : *pris.rbegin() + 1;
-    if (suivant <= dernier) return base::zeroPad(suivant, largeur);
-    for (long long n = 1; n <= dernier; ++n)
-        if (!pris.count(n)) return base::zeroPad(n, largeur);
-    return "";
+std::vector<std::string> clesSelectionnees(mvdb::Database& database, std::string_view fichier,
+                                           const std::string& condition) {
+    const std::string phrase =
+        "SELECT " + std::string(fichier) + (condition.empty() ? "" : " AVEC " + condition) + " PAR 0";
+    const mvdb::DynamicRecord reponse = data::Interroger(database, phrase, fichier, "0");
+    std::vector<std::string> out;
+    for (std::int64_t i = 1; i <= reponse.DCount(); ++i)
+        if (!reponse(i, 1).empty()) out.push_back(reponse(i, 1));
+    return out;
 }
 
-std::string prochainCodeElement(const std::vector<std::string>& codes) {
-    std::vector<std::string> valides;
-    for (const std::string& c : codes)
-        if (c.size() == kLongueurElement) valides.push_back(c);
-    if (valides.empty()) return base::zeroPad(1, kLongueurElement);
-    const std::string plusHaut = *std::max_element(valides.begin(), valides.end());
-    std::size_t debutChiffres = plusHaut.size();
-    while (debutChiffres > 0 && plusHaut[debutChiffres - 1] >= '0' && plusHaut[debutChiffres - 1] <= '9')
-        --debutChiffres;
-    const std::string lettres = plusHaut.substr(0, debutChiffres);
-    const std::string nombre = plusHaut.substr(debutChiffres);
-    if (!nombre.empty()) {
-        const std::string suivant =
-            lettres + base::zeroPad(std::stoll(nombre) + 1, static_cast<int>(nombre.size()));
-        if (suivant.size() == kLongueurElement &&
-            std::find(valides.begin(), valides.end(), suivant) == valides.end())
-            return suivant;
+std::vector<std::string> listeAides(mvdb::Database& database) {
+    namespace ca = data::civilaide;
+    const mvdb::DynamicRecord reponse =
+        data::Interroger(database, "SELECT CIVILAIDE PAR 0", data::kCIVILAIDE,
+                         "0 " + std::to_string(ca::kNom) + " " + std::to_string(ca::kPrenom));
+    std::vector<std::string> out;
+    for (std::int64_t i = 1; i <= reponse.DCount(); ++i)
+        if (!reponse(i, 1).empty()) out.push_back(reponse(i, 1) + " " + reponse(i, 2) + " " + reponse(i, 3));
+    return out;
+}
+
+std::vector<std::string> secteursDesTournees(mvdb::Database& database) {
+    const std::shared_ptr<mvdb::File> f = database.OpenFile(std::string(data::kSSIADCARACTTOURNEE));
+    std::set<std::string> secteurs;
+    for (const std::string& cle : clesSelectionnees(database, data::kSSIADCARACTTOURNEE, "")) {
+        mvdb::DynamicRecord tournee;
+        if (!data::LireEnregistrement(*f, tournee, cle)) continue;
+        for (const std::string& s : valeurs(tournee, data::caracttournee::kSecteurs))
+            if (!s.empty()) secteurs.insert(s);
     }
-    return prochainCodeLibre(valides, kLongueurElement);
+    return {secteurs.begin(), secteurs.end()};
+}
+
+std::vector<std::string> valeurs(const mvdb::DynamicRecord& enreg, int attribut) {
+    std::vector<std::string> out;
+    for (std::int64_t v = 1; v <= enreg.DCount(attribut); ++v)
+        out.push_back(enreg(attribut, v));
+    return out;
+}
+
+void ecrireValeurs(mvdb::DynamicRecord& enreg, int attribut, const std::vector<std::string>& valeurs) {
+    enreg.set(attribut, "");
+    for (std::size_t v = 0; v < valeurs.size(); ++v)
+        enreg.set(attribut, static_cast<std::int64_t>(v + 1), valeurs[v]);
 }
 
 std::vector<std::string> usagesAide(mvdb::Database& database, const std::string& codeAide) {
     std::vector<std::string> usages;
-    for (const std::string& cle : cles(database, data::kSSIADACCORDS, egal("CodeAide", codeAide)))
+    for (const std::string& cle :
+         clesSelectionnees(database, data::kSSIADACCORDS, egal("CodeAide", codeAide)))
         usages.push_back("accord " + cle);
-    for (const std::string& cle : cles(database, data::kSSIADPROTOCOLE, egal("CodeAide", codeAide)))
+    for (const std::string& cle :
+         clesSelectionnees(database, data::kSSIADPROTOCOLE, egal("CodeAide", codeAide)))
         usages.push_back("protocole " + cle);
-    for (const std::string& cle : cles(database, data::kSSIADELEMGEST, egal("CodeAide", codeAide)))
+    for (const std::string& cle :
+         clesSelectionnees(database, data::kSSIADELEMGEST, egal("CodeAide", codeAide)))
         usages.push_back("élément de gestion " + cle);
     // One mention per tournée and day: the planner looks for the day, not for each visit.
     std::set<std::string> vus;
-    for (const std::string& cle : cles(database, data::kSSIADTOURNEE, egal("CodeAide", codeAide))) {
+    for (const std::string& cle :
+         clesSelectionnees(database, data::kSSIADTOURNEE, egal("CodeAide", codeAide))) {
         const std::string nom = "tournée " + data::tournee::codeTournee(cle) + " du " +
                                 jourLisible(data::tournee::jourInterne(cle));
         if (vus.insert(nom).second) usages.push_back(nom);
@@ -117,7 +121,8 @@ std::vector<std::string> usagesAide(mvdb::Database& database, const std::string&
 std::vector<std::string> usagesTournee(mvdb::Database& database, const std::string& codeTournee) {
     std::vector<std::string> usages;
     std::set<std::string> vus;
-    for (const std::string& cle : cles(database, data::kSSIADTOURNEE, egal("CodeTournee", codeTournee))) {
+    for (const std::string& cle :
+         clesSelectionnees(database, data::kSSIADTOURNEE, egal("CodeTournee", codeTournee))) {
         const std::string nom = "planning du " + jourLisible(data::tournee::jourInterne(cle));
         if (vus.insert(nom).second) usages.push_back(nom);
     }
@@ -129,9 +134,11 @@ std::vector<std::string> usagesElement(mvdb::Database& database, const std::stri
     const std::string element = base::Mid(cleElement, 6);
     std::vector<std::string> usages;
     // Accord: CodeAide (5) + number (3) + element (6); protocole: CodeAide (5) + day (5) + element (6) + ...
-    for (const std::string& cle : cles(database, data::kSSIADACCORDS, egal("CodeAide", codeAide)))
+    for (const std::string& cle :
+         clesSelectionnees(database, data::kSSIADACCORDS, egal("CodeAide", codeAide)))
         if (base::Mid(cle, 9, kLongueurElement) == element) usages.push_back("accord " + cle);
-    for (const std::string& cle : cles(database, data::kSSIADPROTOCOLE, egal("CodeAide", codeAide)))
+    for (const std::string& cle :
+         clesSelectionnees(database, data::kSSIADPROTOCOLE, egal("CodeAide", codeAide)))
         if (base::Mid(cle, 11, kLongueurElement) == element) usages.push_back("protocole " + cle);
     return usages;
 }

@@ -7,7 +7,8 @@
 
 namespace mvdb {
 class Database;
-}
+class DynamicRecord;
+}  // namespace mvdb
 
 // The rules of the service screens that need no screen: the keys they make, the codes they propose, and
 // which records still use one that the planner wants to delete.
@@ -24,15 +25,18 @@ std::optional<char> sequenceLibre(const std::vector<std::string>& cles, std::str
                                   std::string_view premierJour, std::string_view codeElement,
                                   std::string_view debut);
 
-// The code of `largeur` digits that follows the highest of `codes`; when the highest is the last of that
-// width, the lowest one unused; empty when every code is taken. Codes that are not `largeur` digits do not
-// count, so a service's own lettered codes never stop the numbering.
-std::string prochainCodeLibre(const std::vector<std::string>& codes, int largeur);
+// Every key of `fichier` that `condition` ("CodeAide = \"00012\"", empty for all) selects, in key order.
+std::vector<std::string> clesSelectionnees(mvdb::Database& database, std::string_view fichier,
+                                           const std::string& condition);
+// The aidés as their lists show them, in code order: "00012 DUPONT Marie". The code is the first five
+// characters.
+std::vector<std::string> listeAides(mvdb::Database& database);
+// The sectors that the tournées cover, each once, in order: the sectors a management element can take.
+std::vector<std::string> secteursDesTournees(mvdb::Database& database);
 
-// The next management element code of one aidé (6 characters): the highest of `codes` with its trailing
-// digits counted up and its letters kept ("SSI001" gives "SSI002"); "000001" for a first element, and the
-// lowest free numeric code when counting up would leave six characters or meet a taken code.
-std::string prochainCodeElement(const std::vector<std::string>& codes);
+// The values of a multi-valued attribute, and the attribute made of `valeurs` again (emptied when none).
+std::vector<std::string> valeurs(const mvdb::DynamicRecord& enreg, int attribut);
+void ecrireValeurs(mvdb::DynamicRecord& enreg, int attribut, const std::vector<std::string>& valeurs);
 
 // What still uses a record, each named as the refusal lists it ("protocole 000122151100000110900"), in
 // key order; empty when nothing does, so the record may go.

@@ -40,45 +40,6 @@ TEST(SequenceLibre, TakesTheLowestSequenceThatNoKeyOfTheSameStartHolds) {
     }
 }
 
-TEST(ProchainCodeLibre, FollowsTheHighestCodeOfItsWidthAndFillsAHoleOnlyAtTheEnd) {
-    struct Cas {
-        const char* nom;
-        Liste codes;
-        int largeur;
-        std::string attendu;
-    } const cas[] = {
-        {"every code taken", {"1", "2", "3", "4", "5", "6", "7", "8", "9"}, 1, ""},
-        {"the highest is the last: the lowest hole", {"001", "003", "999"}, 3, "002"},
-        {"nothing yet", {}, 5, "00001"},
-        {"after the highest, holes left alone", {"00003", "00012"}, 5, "00013"},
-        {"other widths and letters ignored", {"012", "A0099", "000123", "00007"}, 5, "00008"},
-    };
-    for (const Cas& k : cas) {
-        SCOPED_TRACE(k.nom);
-        EXPECT_EQ(control::prochainCodeLibre(k.codes, k.largeur), k.attendu);
-    }
-}
-
-TEST(ProchainCodeElement, CountsUpTheHighestCodeKeepingItsLetters) {
-    struct Cas {
-        const char* nom;
-        Liste codes;
-        std::string attendu;
-    } const cas[] = {
-        {"counting up would need a seventh character", {"SSI999"}, "000001"},
-        {"no digits to count up", {"ABCDEF"}, "000001"},
-        {"a first element", {}, "000001"},
-        {"lettered", {"SSI001"}, "SSI002"},
-        {"numeric", {"000001", "000002"}, "000003"},
-        {"the highest counts, not the last", {"000007", "000002"}, "000008"},
-        {"keys of other widths ignored", {"12", "SSI001"}, "SSI002"},
-    };
-    for (const Cas& k : cas) {
-        SCOPED_TRACE(k.nom);
-        EXPECT_EQ(control::prochainCodeElement(k.codes), k.attendu);
-    }
-}
-
 // Aidé 00012 with its accord, element, a protocole planned twice on Monday 23/11/2026 in tournée 001 and
 // once on 30/11/2026; aidé 00013 with nothing of its own but its civil record.
 struct Usages : testing_support::SmallService {
@@ -109,6 +70,16 @@ TEST(Usages, NameTheRecordsThatStillUseAnAideATourneeOrAnElement) {
                      "protocole 000122100000000111000"}));
     EXPECT_EQ(control::usagesElement(db, "00012SSI001"),
               (Liste{"accord 00012002SSI001", "protocole 0001221000SSI00110800"}));
+}
+
+TEST(Listes, GiveTheAidesByCodeAndEachSectorOfTheTourneesOnce) {
+    Usages u;
+    u.f.service.put("SSIADCARACTTOURNEE", "002",
+                    {"MARDI", "1", "6", "00", "14", "00", "M", "S2\xFDN1", "", "1"});
+    u.f.service.put("SSIADCARACTTOURNEE", "003", {"MERCREDI", "2", "6", "00", "14", "00", "M", "", "", "1"});
+    mvdb::Database& db = *u.f.service.db;
+    EXPECT_EQ(control::listeAides(db), (Liste{"00012 DUPONT Marie", "00013 MARTIN Paul"}));
+    EXPECT_EQ(control::secteursDesTournees(db), (Liste{"N1", "S2"}));
 }
 
 TEST(Usages, AreEmptyForWhatNothingUses) {
