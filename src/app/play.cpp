@@ -119,7 +119,7 @@ public:
         while (lineRead(m_next)) {
             const std::size_t number = m_next + 1;
             try {
-                play(words(m_lines[m_next++]));
+                play(words(logicalLine()));
             } catch (const ScriptError& e) {
                 m_err << "zandorel play : ligne " << number << " : " << e.what() << '\n';
                 return 2;
@@ -143,6 +143,17 @@ public:
 
 private:
     using Verb = std::function<void(const std::vector<std::string>&)>;
+
+    // The line to play next, with the lines it continues on: a line whose last character, blanks aside,
+    // is a backslash goes on with the next one.
+    std::string logicalLine() {
+        std::string line = m_lines[m_next++];
+        for (;;) {
+            const std::size_t last = line.find_last_not_of(" \t\r");
+            if (last == std::string::npos || line[last] != '\\' || !lineRead(m_next)) return line;
+            line = line.substr(0, last) + " " + m_lines[m_next++];
+        }
+    }
 
     void play(const std::vector<std::string>& w) {
         if (w.empty()) return;
@@ -292,6 +303,21 @@ private:
             }
         };
         registerDialogVerbs();
+        m_verbs["service"] = [this](const auto& w) {
+            arity(w, 1, 1);
+            static const std::map<std::string, control::EcranServiceType> ecrans = {
+                {"aides", control::EcranServiceType::Aides},
+                {"accords", control::EcranServiceType::Accords},
+                {"protocoles", control::EcranServiceType::Protocoles},
+                {"soins", control::EcranServiceType::Soins},
+                {"elements", control::EcranServiceType::ElementsGestion},
+                {"tournees", control::EcranServiceType::Tournees}};
+            auto e = ecrans.find(w[1]);
+            if (e == ecrans.end())
+                throw ScriptError("service : écran inconnu « " + w[1] +
+                                  " » (aides, accords, protocoles, soins, elements, tournees)");
+            ctl().ouvrirEcranService(e->second);
+        };
         m_verbs["dump"] = [this](const auto& w) {
             arity(w, 0, 0);
             m_out << dumpState(ctl(), m_host.takeShown(), m_errors) << '\n';
@@ -340,41 +366,87 @@ private:
         };
     }
 
-    // Steps of a dialog: names of controls to click, "select N" for the list index N (from 0) of the
-    // form's first list box, and "dump" for the form as it stands. Their syntax is checked when queued;
-    // the controls, once the form shows.
+    // Steps of a dialog, as a user plays them on the form: "type CTRL TEXT", "clear CTRL", "choose CTRL
+    // TEXT" (an item of a combo or list box), "check CTRL" (toggles a check box), "selectin CTRL N" (the
+    // index N, from 0, of that list box), "select N" (the same on the form's first list box), "dump" for
+    // the form as it stands, and names of controls to click. Their syntax is checked when queued; the
+    // controls, once the form shows.
+    static std::size_t dialogStepArity(const std::string& step) {
+        static const std::map<std::string, std::size_t> arities = {
+            {"select", 1}, {"selectin", 2}, {"type", 2}, {"clear", 1},
+            {"choose", 2}, {"check", 1},    {"dump", 0}};
+        auto a = arities.find(step);
+        return a == arities.end() ? 0 : a->second;
+    }
+
     static void checkDialogSteps(const std::vector<std::string>& steps) {
         for (std::size_t i = 0; i < steps.size(); ++i) {
-            if (steps[i] != "select") continue;
-            if (++i == steps.size()) throw ScriptError("dialog : select sans indice");
-            number(steps[i], "select");
+            const std::size_t n = dialogStepArity(steps[i]);
+            if (steps.size() - i - 1 < n)
+                throw ScriptError("dialog : " + steps[i] + " attend " + std::to_string(n) + " argument(s)");
+            if (steps[i] == "select") number(steps[i + 1], "select");
+            if (steps[i] == "selectin") number(steps[i + 2], "selectin");
+            i += n;
         }
     }
 
     void playDialog(toolkit::Form& form, const std::vector<std::string>& steps) {
         for (std::size_t i = 0; i < steps.size(); ++i) {
-            if (steps[i] == "select") {
-                selectInFirstList(form, number(steps[++i], "select"));
-            } else if (steps[i] == "dump") {
+            const std::string& step = steps[i];
+            const std::vector<std::string> args(
+                steps.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                steps.begin() + static_cast<std::ptrdiff_t>(i + 1 + dialogStepArity(step)));
+            i += args.size();
+            if (step == "select") {
+                selectIn(firstList(form), number(args[0], "select"));
+            } else if (step == "selectin") {
+                selectIn(find(form, args[0]), number(args[1], "selectin"));
+            } else if (step == "type") {
+                toolkit::input::type(find(form, args[0]), args[1]);
+            } else if (step == "clear") {
+                toolkit::input::clear(find(form, args[0]));
+            } else if (step == "choose") {
+                chooseIn(find(form, args[0]), args[1]);
+            } else if (step == "check") {
+                toolkit::Control& c = find(form, args[0]);
+                if (c.kind() != toolkit::Kind::CheckBox)
+                    throw ScriptError(args[0] + " n'est pas une case à cocher");
+                toolkit::input::click(c);
+            } else if (step == "dump") {
                 m_out << dumpForm(form, m_host.takeShown()) << '\n';
             } else {
-                toolkit::input::click(find(form, steps[i]));
+                toolkit::input::click(find(form, step));
             }
         }
     }
 
-    static void selectInFirstList(toolkit::Form& form, int index) {
-        for (toolkit::Control* c : form.controls()) {
-            if (c->kind() != toolkit::Kind::ListBox) continue;
-            auto& list = static_cast<toolkit::ListBox&>(*c);
-            if (index < 0 || index >= list.listCount())
-                throw ScriptError("select " + std::to_string(index) + " : " + list.name() + " a " +
-                                  std::to_string(list.listCount()) + " élément(s)");
-            toolkit::input::focus(list);
-            list.setListIndex(index);
-            return;
-        }
+    static toolkit::Control& firstList(toolkit::Form& form) {
+        for (toolkit::Control* c : form.controls())
+            if (c->kind() == toolkit::Kind::ListBox) return *c;
         throw ScriptError("dialog : " + form.name() + " n'a pas de liste");
+    }
+
+    static void selectIn(toolkit::Control& c, int index) {
+        if (c.kind() != toolkit::Kind::ListBox && c.kind() != toolkit::Kind::ComboBox)
+            throw ScriptError(c.name() + " n'est pas une liste");
+        auto& list = static_cast<toolkit::ListControl&>(c);
+        if (index < 0 || index >= list.listCount())
+            throw ScriptError("select " + std::to_string(index) + " : " + list.name() + " a " +
+                              std::to_string(list.listCount()) + " élément(s)");
+        toolkit::input::focus(list);
+        list.setListIndex(index);
+    }
+
+    static void chooseIn(toolkit::Control& c, const std::string& item) {
+        if (c.kind() == toolkit::Kind::ComboBox)
+            return toolkit::input::choose(static_cast<toolkit::ComboBox&>(c), item);
+        if (c.kind() != toolkit::Kind::ListBox) throw ScriptError(c.name() + " n'est pas une liste");
+        auto& list = static_cast<toolkit::ListBox&>(c);
+        const int index = list.find(item);
+        if (index < 0)
+            throw base::Error(base::codes::kBadData, "Choix impossible : « " + item +
+                                                         " » n'est pas dans la liste de " + list.name());
+        selectIn(list, index);
     }
 
     // The menu entry that the next line clicks, which a right click's pop-up takes: that line is then

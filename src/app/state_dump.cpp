@@ -33,6 +33,9 @@ json controlJson(const toolkit::Control& c) {
         case toolkit::Kind::OptionButton:
             j["value"] = static_cast<const toolkit::OptionButton&>(c).value();
             break;
+        case toolkit::Kind::CheckBox:
+            j["value"] = static_cast<const toolkit::CheckBox&>(c).value();
+            break;
         case toolkit::Kind::VScrollBar: {
             const auto& bar = static_cast<const toolkit::VScrollBar&>(c);
             j["value"] = bar.value();

@@ -315,6 +315,37 @@ std::string UCase(std::string_view text) {
     return upper;
 }
 
+std::string searchKey(std::string_view text) {
+    // The capitals U+00C0 to U+00DE by their letter without accent; the multiplication sign among them
+    // (U+00D7) is no letter and stays.
+    static constexpr std::string_view kSansAccent = "AAAAAAACEEEEIIIIDNOOOOO.OUUUUYT";
+    const std::string upper = UCase(text);
+    std::string key;
+    key.reserve(upper.size());
+    for (std::size_t pos = 0; pos < upper.size();) {
+        const std::size_t length = charLength(upper, pos);
+        const auto lead = static_cast<unsigned char>(upper[pos]);
+        const auto next = length == 2 ? static_cast<unsigned char>(upper[pos + 1]) : 0;
+        if (lead == 0xC3 && next >= 0x80 && next <= 0x9E && next != 0x97) {
+            if (next == 0x86) {
+                key += "AE";
+            } else if (next == 0x9E) {
+                key += "TH";
+            } else {
+                key += kSansAccent[next - 0x80];
+            }
+        } else if (lead == 0xC5 && next == 0x92) {
+            key += "OE";
+        } else if (lead == 0xC5 && next == 0xB8) {
+            key += 'Y';
+        } else {
+            key.append(upper, pos, length);
+        }
+        pos += length;
+    }
+    return key;
+}
+
 std::string zeroPad(std::int64_t value, int width) {
     // Through the unsigned magnitude, so that the most negative value has one too.
     const std::uint64_t magnitude =

@@ -55,6 +55,10 @@ std::string Mid(std::string_view text, std::int64_t start, std::int64_t count);
 // Upper case of ASCII and of the accented Latin letters of French names ("é" -> "É").
 std::string UCase(std::string_view text);
 
+// A text for searching by: upper case as UCase, accents and ligatures left out ("Hélène" and "HELENE"
+// both give "HELENE", "Œuvre" gives "OEUVRE").
+std::string searchKey(std::string_view text);
+
 // A text left-padded with "0" to `width` characters; a longer text is left as it is.
 std::string padZeros(std::string_view text, int width);
 

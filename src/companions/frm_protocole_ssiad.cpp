@@ -4,9 +4,9 @@
 
 #include "base/text.h"
 #include "companions/companions.h"
+#include "companions/saisie.h"
 #include "data/gateway.h"
 #include "data/layouts.h"
-#include "model/clock.h"
 
 namespace control {
 namespace {
@@ -40,23 +40,6 @@ std::vector<std::string> mots(const std::string& texte) {
         courant.clear();
     }
     return out;
-}
-
-// A bound in hundredths of an hour, as the planner reads a time: 1150 is "11h30".
-std::string heure(const std::string& centiemes) {
-    return Ctr_Zandorel::heureDepot(base::toNumber(centiemes));
-}
-
-// A time typed as HHhMM ("11h30", "9h05", "9h") in hundredths of an hour on four digits ("1150"); empty
-// when the text is no time of the day from 00h00 to 24h00.
-std::string centiemes(const std::string& texte) {
-    const std::size_t h = texte.find_first_of("hH");
-    if (h == std::string::npos || h == 0 || h > 2) return "";
-    const std::string heures = texte.substr(0, h), minutes = texte.substr(h + 1);
-    if (!chiffres(heures) || (!minutes.empty() && (minutes.size() != 2 || !chiffres(minutes)))) return "";
-    const int hh = std::stoi(heures), mm = minutes.empty() ? 0 : std::stoi(minutes);
-    if (mm > 59 || hh > 24 || (hh == 24 && mm > 0)) return "";
-    return base::zeroPad(base::roundHalfEven(model::HeureVersCentiemes(hh + mm / 100.0) * 100), 4);
 }
 
 }  // namespace
@@ -125,8 +108,8 @@ void Frm_ProtocoleSsiad::lister() {
         if (base::toNumber(enreg(pr::kPremierJour)) > jour || (!fin.empty() && base::toNumber(fin) < jour))
             continue;
         m_cles.push_back(cle);
-        Lst_Protocoles.addItem(heure(base::Right(cle, 4)) + " - " + heure(enreg(pr::kBorneFin)) + "   " +
-                               enreg(pr::kDureeMn) + " mn   " + joindre(enreg, pr::kSoins));
+        Lst_Protocoles.addItem(heureSaisie(base::Right(cle, 4)) + " - " + heureSaisie(enreg(pr::kBorneFin)) +
+                               "   " + enreg(pr::kDureeMn) + " mn   " + joindre(enreg, pr::kSoins));
     }
 }
 
@@ -135,7 +118,7 @@ void Frm_ProtocoleSsiad::afficher(int index) {
     mvdb::DynamicRecord enreg;
     data::LireEnregistrement(*fichier(data::kSSIADPROTOCOLE), enreg, m_cles[static_cast<std::size_t>(index)]);
     Txt_Jours.setText(joindre(enreg, pr::kJoursSemaine));
-    m_finAffichee = heure(enreg(pr::kBorneFin));
+    m_finAffichee = heureSaisie(enreg(pr::kBorneFin));
     Txt_BorneFin.setText(m_finAffichee);
     Txt_DureeMn.setText(enreg(pr::kDureeMn));
     Txt_Soins.setText(joindre(enreg, pr::kSoins));
@@ -158,7 +141,7 @@ bool Frm_ProtocoleSsiad::Cmd_Enregistrer_Click() {
     // The start bound is the key's last four characters: it names the protocole and cannot change here.
     if (fin.empty() || base::compareValues(fin, base::Right(cle, 4)) <= 0)
         return refuser("La fin de la fenêtre s'écrit HHhMM, par exemple 11h30, après son début (" +
-                       heure(base::Right(cle, 4)) + ").");
+                       heureSaisie(base::Right(cle, 4)) + ").");
     if (!chiffres(Txt_DureeMn.text()) || Txt_DureeMn.text().size() > 3 ||
         base::toNumber(Txt_DureeMn.text()) < 1)
         return refuser("La durée se saisit en minutes, de 1 à 999.");

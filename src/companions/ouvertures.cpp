@@ -4,6 +4,8 @@
 
 #include "base/text.h"
 #include "companions/companions.h"
+#include "companions/frm_accords.h"
+#include "companions/frm_soins.h"
 #include "data/layouts.h"
 #include "toolkit/host.h"
 
@@ -82,6 +84,77 @@ void Ctr_Zandorel::Mnu_ProtocoleTraitement_Click() {
     form.setTheClient(Mod.TheClient);
     form.Demarrer();
     host().ShowModal(form);
+}
+
+void Ctr_Zandorel::ouvrirEcranService(EcranServiceType type) {
+    // After the tournées' screen, as after the tournée characteristics: a tournée code shown that names a
+    // tournée stays shown; otherwise the list is made again, since it may have grown.
+    bool tourneeExistante = type != EcranServiceType::Tournees;
+    if (!tourneeExistante && !Txt_CodeTournee.text().empty()) {
+        mvdb::DynamicRecord enreg;
+        tourneeExistante =
+            data::LireEnregistrement(*Mod.fichiers.SSIADCARACTTOURNEE, enreg, Txt_CodeTournee.text());
+    }
+    const auto montrer = [this](EcranService& ecran) {
+        ecran.setTheDatabase(Mod.fichiers.TheDatabase);
+        ecran.setTheClient(Mod.TheClient);
+        ecran.setDroits(Droits);
+        ecran.ouvrir();
+        host().ShowModal(ecran);
+    };
+    switch (type) {
+        case EcranServiceType::Soins: {
+            Frm_Soins ecran(*this);
+            montrer(ecran);
+            break;
+        }
+        case EcranServiceType::Accords: {
+            Frm_Accords ecran(*this);
+            montrer(ecran);
+            break;
+        }
+        case EcranServiceType::Aides: {
+            Frm_DossierAide form(*this);
+            form.setTheDatabase(Mod.fichiers.TheDatabase);
+            form.setTheClient(Mod.TheClient);
+            form.setDroits(Droits);
+            form.Demarrer("");
+            host().ShowModal(form);
+            break;
+        }
+        case EcranServiceType::Protocoles: {
+            Frm_ProtocoleSsiad form(*this);
+            form.setTheDatabase(Mod.fichiers.TheDatabase);
+            form.setTheClient(Mod.TheClient);
+            form.setDroits(Droits);
+            form.Demarrer();
+            host().ShowModal(form);
+            break;
+        }
+        case EcranServiceType::ElementsGestion: {
+            Frm_ElemGestSSIAD form(*this);
+            form.setTheDatabase(Mod.fichiers.TheDatabase);
+            form.setTheClient(Mod.TheClient);
+            form.setDroits(Droits);
+            form.Demarrer();
+            host().ShowModal(form);
+            break;
+        }
+        case EcranServiceType::Tournees: {
+            Frm_SsiadCaractTournee form(*this);
+            form.setTheDatabase(Mod.fichiers.TheDatabase);
+            form.setTheClient(Mod.TheClient);
+            form.setDroits(Droits);
+            form.setCodeTournee("");
+            form.Demarrer();
+            host().ShowModal(form);
+            break;
+        }
+    }
+    if (tourneeExistante) return;
+    Cbo_Tournee.clear();
+    Cbo_Tournee.setText("");
+    RequeteTournee();
 }
 
 void Ctr_Zandorel::Mnu_Sommaire_Click() {

@@ -71,7 +71,7 @@ bool fits(const QFont& font, const QString& text, const Room& room) {
 void FormView::fitCaption(const toolkit::Control& c, QWidget* w) const {
     // The screen was laid out for fonts a little narrower than the ones that stand for them today: a
     // caption that would be cut takes the largest size, down from its own, at which it shows whole.
-    if (c.kind() == toolkit::Kind::OptionButton) {
+    if (c.kind() == toolkit::Kind::OptionButton || c.kind() == toolkit::Kind::CheckBox) {
         // Its indicator and margins are the style's: the button says what it needs. The indicator sets
         // the height, which no font size changes.
         QFont font = m_zoom.font(c);
@@ -187,6 +187,8 @@ QWidget* FormView::makeWidget(toolkit::Control& c, QWidget* parent) {
         }
         case toolkit::Kind::OptionButton:
             return new OptionWidget(*this, c, parent);
+        case toolkit::Kind::CheckBox:
+            return new CheckWidget(*this, c, parent);
         case toolkit::Kind::CommandButton:
             return new ButtonWidget(*this, c, parent);
         case toolkit::Kind::VScrollBar:
@@ -295,7 +297,8 @@ void FormView::applyProperty(toolkit::Control& c, QWidget* w, toolkit::Property 
         case P::Caption:
             if (c.kind() == K::Label) static_cast<QLabel*>(w)->setText(caption(c.caption()));
             if (c.kind() == K::CommandButton) static_cast<QPushButton*>(w)->setText(qtext(c.caption()));
-            if (c.kind() == K::OptionButton) static_cast<QRadioButton*>(w)->setText(qtext(c.caption()));
+            if (c.kind() == K::OptionButton || c.kind() == K::CheckBox)
+                static_cast<QAbstractButton*>(w)->setText(qtext(c.caption()));
             if (c.kind() == K::Frame) static_cast<FrameWidget*>(w)->setCaption(qtext(c.caption()));
             break;
         case P::Text:
@@ -320,6 +323,10 @@ void FormView::applyProperty(toolkit::Control& c, QWidget* w, toolkit::Property 
             if (c.kind() == K::OptionButton) {
                 QSignalBlocker block(w);
                 static_cast<QRadioButton*>(w)->setChecked(static_cast<toolkit::OptionButton&>(c).value());
+            }
+            if (c.kind() == K::CheckBox) {
+                QSignalBlocker block(w);
+                static_cast<QCheckBox*>(w)->setChecked(static_cast<toolkit::CheckBox&>(c).value());
             }
             if (c.kind() == K::VScrollBar) static_cast<ScrollWidget*>(w)->mirror();
             break;

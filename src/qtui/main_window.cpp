@@ -35,6 +35,18 @@ MainWindow::MainWindow(control::Ctr_Zandorel& ctl, QtHost& host, Zoom zoom) : m_
         connect(action, &QAction::triggered, this, [this, percent] { setZoom(percent / 100.0); });
     }
     zoomFollowed(zoom);
+    QMenu* service = menuBar()->addMenu("&Service");
+    const std::pair<const char*, control::EcranServiceType> ecrans[] = {
+        {"Aidés", control::EcranServiceType::Aides},
+        {"Accords", control::EcranServiceType::Accords},
+        {"Protocoles", control::EcranServiceType::Protocoles},
+        {"Soins", control::EcranServiceType::Soins},
+        {"Éléments de gestion", control::EcranServiceType::ElementsGestion},
+        {"Tournées", control::EcranServiceType::Tournees}};
+    for (const auto& [texte, type] : ecrans) {
+        connect(service->addAction(texte), &QAction::triggered, this,
+                [this, type = type] { m_view->forward([this, type] { m_ctl.ouvrirEcranService(type); }); });
+    }
     QMenu* help = menuBar()->addMenu(QString::fromStdString(ctl.Mnu_Aide.caption()));
     QAction* contents = help->addAction(QString::fromStdString(ctl.Mnu_Sommaire.caption()));
     connect(contents, &QAction::triggered, this,

@@ -126,7 +126,17 @@ int QtHost::MsgBox(const std::string& prompt, int buttons, const std::string& ti
     QMessageBox box(m_window);
     box.setWindowTitle(QString::fromStdString(title));
     box.setText(QString::fromStdString(prompt));
-    box.setIcon((buttons & toolkit::msgbox::kExclamation) ? QMessageBox::Warning : QMessageBox::NoIcon);
+    switch (buttons & toolkit::msgbox::kIcone) {
+        case toolkit::msgbox::kExclamation:
+            box.setIcon(QMessageBox::Warning);
+            break;
+        case toolkit::msgbox::kQuestion:
+            box.setIcon(QMessageBox::Question);
+            break;
+        default:
+            box.setIcon(QMessageBox::NoIcon);
+            break;
+    }
     struct Choice {
         const char* label;
         QMessageBox::ButtonRole role;

@@ -321,6 +321,14 @@ OptionWidget::OptionWidget(FormView& view, toolkit::Control& control, QWidget* p
     });
 }
 
+CheckWidget::CheckWidget(FormView& view, toolkit::Control& control, QWidget* parent) : QCheckBox(parent) {
+    connect(this, &QCheckBox::clicked, this, [this, &view, &control] {
+        view.forward([&] { toolkit::input::click(control); });
+        QSignalBlocker block(this);
+        setChecked(static_cast<toolkit::CheckBox&>(control).value());
+    });
+}
+
 ScrollWidget::ScrollWidget(FormView& view, toolkit::Control& control, QWidget* parent)
     : QScrollBar(Qt::Vertical, parent) {
     connect(this, &QScrollBar::valueChanged, this, [this, &view, &control](int value) {

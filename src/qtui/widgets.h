@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFrame>
 #include <QLabel>
@@ -134,6 +135,11 @@ protected:
 class OptionWidget : public QRadioButton {
 public:
     OptionWidget(FormView& view, toolkit::Control& control, QWidget* parent);
+};
+
+class CheckWidget : public QCheckBox {
+public:
+    CheckWidget(FormView& view, toolkit::Control& control, QWidget* parent);
 };
 
 class ScrollWidget : public QScrollBar {

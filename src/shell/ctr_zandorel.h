@@ -36,6 +36,9 @@ struct Mod_VarSsiadTournee {
     std::string CodeTourneeAffectation;
 };
 
+// The screens that set up and keep the service's own data, one per kind of record.
+enum class EcranServiceType { Aides, Accords, Protocoles, Soins, ElementsGestion, Tournees };
+
 class Ctr_Zandorel {
 public:
     Ctr_Zandorel(toolkit::Host& host, const base::Clock& clock);
@@ -408,6 +411,11 @@ private:
     void Mnu_ProtocoleTraitement_Click();
     // The planners' help page.
     void Mnu_Sommaire_Click();
+
+public:
+    // One of the service screens, modally, on no record chosen. After the tournées' screen the list of
+    // tournées is made again when no tournée was shown, as after Cmd_Tournee.
+    void ouvrirEcranService(EcranServiceType type);
 
 private:
     // The first five characters of the Tag of the label pressed last: the aidé's code.

@@ -18,6 +18,7 @@ enum class Kind {
     ComboBox,
     ListBox,
     OptionButton,
+    CheckBox,
     Frame,
     Line,
     CommandButton,

@@ -114,6 +114,13 @@ void OptionButton::setValue(bool value) {
     fireClick();
 }
 
+void CheckBox::setValue(bool value) {
+    if (value == m_value) return;
+    m_value = value;
+    notify(Property::Value);
+    fireClick();
+}
+
 void Line::setEnds(double x1, double y1, double x2, double y2) {
     if (x1 == m_x1 && y1 == m_y1 && x2 == m_x2 && y2 == m_y2) return;
     m_x1 = x1;

@@ -103,6 +103,18 @@ private:
     bool m_value = false;
 };
 
+// A check box. A click toggles it; a change of value, a user's or a write from code, fires Click, as the
+// toolkit's check box does.
+class CheckBox : public Control {
+public:
+    CheckBox(std::string name, Control* parent) : Control(Kind::CheckBox, std::move(name), parent) {}
+    bool value() const { return m_value; }
+    void setValue(bool value);
+
+private:
+    bool m_value = false;
+};
+
 // A line from (X1, Y1) to (X2, Y2), in the coordinates of its parent.
 class Line : public Control {
 public:

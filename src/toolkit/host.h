@@ -14,7 +14,10 @@ namespace msgbox {
 inline constexpr int kOkOnly = 0;
 inline constexpr int kYesNoCancel = 3;
 inline constexpr int kYesNo = 4;
+inline constexpr int kQuestion = 32;
 inline constexpr int kExclamation = 48;
+// The bits that hold the icon: 32 and 48 share one.
+inline constexpr int kIcone = 0x70;
 inline constexpr int kOk = 1;
 inline constexpr int kCancel = 2;
 inline constexpr int kYes = 6;

@@ -143,6 +143,10 @@ void click(Control& control) {
         auto& option = static_cast<OptionButton&>(control);
         if (!option.value()) return option.setValue(true);  // selecting fires Click
     }
+    if (control.kind() == Kind::CheckBox) {
+        auto& box = static_cast<CheckBox&>(control);
+        return box.setValue(!box.value());  // the change fires Click
+    }
     control.fireClick();
 }
 

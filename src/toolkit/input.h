@@ -20,7 +20,8 @@ namespace input {
 // One character typed at the caret of the box that has the focus: KeyDown, KeyPress, and unless the
 // key was swallowed, the edit. The screen adapter calls it for each key the user types.
 void press(Control& box, int codePoint);
-// A click: the focus moves to a control that can take it, then Click (an option is selected first).
+// A click: the focus moves to a control that can take it, then Click (an option is selected first;
+// a check box is toggled, which fires it).
 void click(Control& control);
 // The focus, with LostFocus on the old holder and GotFocus on the new one.
 void focus(Control& control);

@@ -118,5 +118,17 @@ TEST(UCaseAndZeroPad, FrenchLettersAndPaddedDigits) {
     EXPECT_EQ(zeroPad(std::numeric_limits<std::int64_t>::min(), 1), "-9223372036854775808");
 }
 
+TEST(SearchKey, IgnoresCaseAccentsAndLigatures) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"a\xE9×÷", "A\xE9×÷"},  // invalid bytes and signs stay
+        {"hélène çà ïôüÿ", "HELENE CA IOUY"},
+        {"Œuvre, cœur, Æsope", "OEUVRE, COEUR, AESOPE"},
+        {"ÀÁÂÃÄÅ ÈÉÊË ÌÍÎÏ ÒÓÔÕÖØ ÙÚÛÜ Ý Ñ Ð Þ", "AAAAAA EEEE IIII OOOOOO UUUU Y N D TH"},
+        {"S01 Toilette", "S01 TOILETTE"},
+    };
+    for (const auto& [text, key] : rows)
+        EXPECT_EQ(searchKey(text), key) << text;
+}
+
 }  // namespace
 }  // namespace base

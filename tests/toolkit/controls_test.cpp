@@ -10,6 +10,7 @@
 #include "toolkit/control_array.h"
 #include "toolkit/form.h"
 #include "toolkit/headless_host.h"
+#include "toolkit/input.h"
 
 namespace toolkit {
 namespace {
@@ -119,6 +120,21 @@ TEST_F(ControlsTest, OptionClearsItsSiblingsOnly) {
     EXPECT_FALSE(matin.value());
     EXPECT_FALSE(soir.value());
     EXPECT_TRUE(other.value());
+}
+
+TEST_F(ControlsTest, CheckBoxClicksOnEveryChange) {
+    CheckBox lundi("Chk_Lundi", &form);
+    lundi.Click = [&] { log.add("click=" + std::string(lundi.value() ? "1" : "0")); };
+    const Row rows[] = {
+        {"same value", [&] { lundi.setValue(false); }, ""},
+        {"checked from code", [&] { lundi.setValue(true); }, "click=1"},
+        {"a click unchecks", [&] { input::click(lundi); }, "click=0"},
+        {"a click checks again", [&] { input::click(lundi); }, "click=1"},
+    };
+    playAll(log, rows);
+    lundi.setEnabled(false);
+    EXPECT_THROW(input::click(lundi), base::Error);
+    EXPECT_TRUE(lundi.value());
 }
 
 TEST_F(ControlsTest, ScrollBarKeepsItsValueInRange) {
