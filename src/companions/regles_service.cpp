@@ -96,6 +96,20 @@ void ecrireValeurs(mvdb::DynamicRecord& enreg, int attribut, const std::vector<s
         enreg.set(attribut, static_cast<std::int64_t>(v + 1), valeurs[v]);
 }
 
+namespace {
+
+// "tournée 001 du 30/11/2026" for each tournée and day of the planned records `cles`, each once.
+void ajouterJoursPlanifies(std::vector<std::string>& usages, const std::vector<std::string>& cles) {
+    std::set<std::string> vus;
+    for (const std::string& cle : cles) {
+        const std::string nom = "tournée " + data::tournee::codeTournee(cle) + " du " +
+                                jourLisible(data::tournee::jourInterne(cle));
+        if (vus.insert(nom).second) usages.push_back(nom);
+    }
+}
+
+}  // namespace
+
 std::vector<std::string> usagesAide(mvdb::Database& database, const std::string& codeAide) {
     std::vector<std::string> usages;
     for (const std::string& cle :
@@ -108,13 +122,8 @@ std::vector<std::string> usagesAide(mvdb::Database& database, const std::string&
          clesSelectionnees(database, data::kSSIADELEMGEST, egal("CodeAide", codeAide)))
         usages.push_back("élément de gestion " + cle);
     // One mention per tournée and day: the planner looks for the day, not for each visit.
-    std::set<std::string> vus;
-    for (const std::string& cle :
-         clesSelectionnees(database, data::kSSIADTOURNEE, egal("CodeAide", codeAide))) {
-        const std::string nom = "tournée " + data::tournee::codeTournee(cle) + " du " +
-                                jourLisible(data::tournee::jourInterne(cle));
-        if (vus.insert(nom).second) usages.push_back(nom);
-    }
+    ajouterJoursPlanifies(usages,
+                          clesSelectionnees(database, data::kSSIADTOURNEE, egal("CodeAide", codeAide)));
     return usages;
 }
 
@@ -140,6 +149,14 @@ std::vector<std::string> usagesElement(mvdb::Database& database, const std::stri
     for (const std::string& cle :
          clesSelectionnees(database, data::kSSIADPROTOCOLE, egal("CodeAide", codeAide)))
         if (base::Mid(cle, 11, kLongueurElement) == element) usages.push_back("protocole " + cle);
+    return usages;
+}
+
+std::vector<std::string> usagesProtocole(mvdb::Database& database, const std::string& cleProtocole) {
+    std::vector<std::string> usages;
+    ajouterJoursPlanifies(
+        usages, clesSelectionnees(database, data::kSSIADTOURNEE,
+                                  egal(std::to_string(data::tournee::kCleProtocole), cleProtocole)));
     return usages;
 }
 

@@ -45,5 +45,7 @@ std::vector<std::string> usagesTournee(mvdb::Database& database, const std::stri
 // A management element (CodeAide + element code) is used by the accords and protocoles of its aidé
 // that carry its element code.
 std::vector<std::string> usagesElement(mvdb::Database& database, const std::string& cleElement);
+// A protocole is used by the planned interventions that name it, one mention per tournée and day.
+std::vector<std::string> usagesProtocole(mvdb::Database& database, const std::string& cleProtocole);
 
 }  // namespace control
