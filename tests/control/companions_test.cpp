@@ -355,7 +355,7 @@ TEST(Companions, DeletionIsRefusedWhileUsedAndAskedFirstOtherwise) {
              return s;
          },
          "SSIADCARACTTOURNEE", "001",
-         "La tournée 001 « LUNDI MATIN » est encore utilisé par : planning du 23/11/2026.", ""},
+         "La tournée 001 « LUNDI MATIN » est encore utilisée par : planning du 23/11/2026.", ""},
         {"an element with its accord and protocole",
          [](Ecran& e) {
              auto g = std::make_unique<Frm_ElemGestSSIAD>(e.c);
