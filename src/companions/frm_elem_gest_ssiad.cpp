@@ -35,7 +35,7 @@ Frm_ElemGestSSIAD::Frm_ElemGestSSIAD(Ctr_Zandorel& ctl)
     Etq_Aide.setGeometry(gauche, 120, 4560, 255);
     legende("Aidé", gauche, 570, 1680);
     Cbo_Aide.setGeometry(champs, 540, 2760, 315);
-    legende("Elément", gauche, 990, 1680);
+    legende("Élément", gauche, 990, 1680);
     Etq_Element.setGeometry(champs, 990, 2760, 255);
     legende("Secteur", gauche, 1410, 1680);
     Cbo_Secteur.setGeometry(champs, 1380, 1800, 315);

@@ -67,7 +67,7 @@ Frm_ProtocoleSsiad::Frm_ProtocoleSsiad(Ctr_Zandorel& ctl)
     const double gauche = kGaucheChamps, champs = kGaucheChamps + 1920;
     legende("Aidé", gauche, 150, 1860);
     Cbo_Aide.setGeometry(champs, 120, 3600, 315);
-    legende("Elément de gestion", gauche, 570, 1860);
+    legende("Élément de gestion", gauche, 570, 1860);
     Cbo_Element.setGeometry(champs, 540, 2400, 315);
     legende("Jours (aucun : tous)", gauche, 990, 1860);
     const char* const noms[] = {"Lundi", "Mardi", "Mercredi", "Jeudi", "Vendredi", "Samedi", "Dimanche"};
@@ -275,9 +275,9 @@ std::string Frm_ProtocoleSsiad::verifier() {
                                             ") ne change pas d'aidé : créez-en un nouveau.");
     }
     if (Cbo_Element.listCount() == 0)
-        return messageChamp("Elément de gestion", "l'aidé n'a pas d'élément de gestion.");
+        return messageChamp("Élément de gestion", "l'aidé n'a pas d'élément de gestion.");
     if (Cbo_Element.find(Cbo_Element.text()) < 0)
-        return messageChamp("Elément de gestion", "à choisir dans la liste.");
+        return messageChamp("Élément de gestion", "à choisir dans la liste.");
     std::string debut, fin;
     if (std::string refus = verifierHeure("Début de la fenêtre", Txt_Debut.text(), debut); !refus.empty())
         return refus;
