@@ -68,7 +68,7 @@ std::string adresseLue(const mvdb::DynamicRecord& enreg) {
 }  // namespace
 
 Frm_DossierAide::Frm_DossierAide(Ctr_Zandorel& ctl)
-    : EcranService("Frm_DossierAide", ctl, "Dossier Aidé", 10200, 5880),
+    : EcranService("Frm_DossierAide", ctl, "Dossier Aidé", 11160, 5880),
       Etq_Code("Etq_Code", this),
       Txt_Nom("Txt_Nom", this),
       Txt_Prenom("Txt_Prenom", this),
@@ -101,15 +101,15 @@ Frm_DossierAide::Frm_DossierAide(Ctr_Zandorel& ctl)
     Txt_CodePostal.setMaxLength(10);
     const double absences = champs + 3000;
     legende("Absences", absences, 150, 1500);
-    Lst_Absences.setGeometry(absences, 420, 2880, 1800);
+    Lst_Absences.setGeometry(absences, 420, 2790, 1800);
     legende("Du", absences, 2370, 360);
     Txt_AbsenceDebut.setGeometry(absences + 360, 2340, 1080, 315);
     Txt_AbsenceDebut.setMaxLength(10);
-    legende("Au", absences + 1500, 2370, 360);
-    Txt_AbsenceFin.setGeometry(absences + 1800, 2340, 1080, 315);
+    legende("Au", absences + 1530, 2370, 360);
+    Txt_AbsenceFin.setGeometry(absences + 1890, 2340, 1080, 315);
     Txt_AbsenceFin.setMaxLength(10);
     bouton(Cmd_AjouterAbsence, "Ajouter", absences, 2820);
-    bouton(Cmd_RetirerAbsence, "Retirer", absences + 1545, 2820);
+    bouton(Cmd_RetirerAbsence, "Retirer", absences + 1455, 2820);
     Cmd_AjouterAbsence.Click = [this] { Cmd_AjouterAbsence_Click(); };
     Cmd_RetirerAbsence.Click = [this] { Cmd_RetirerAbsence_Click(); };
 }

@@ -58,12 +58,8 @@ void Frm_ElemGestSSIAD::setNomAide(const std::string& nom) {
 
 void Frm_ElemGestSSIAD::Demarrer() {
     std::string premier;
-    // The aidé's own elements first: longer keys of the same aidé are not its elements but look-ups of
-    // the assignment dialog.
     for (const Element& e : elements())
-        if (!m_code.empty() && base::Left(e.cle, 5) == m_code &&
-            (premier.empty() || (premier.size() != kLongueurCle && e.cle.size() == kLongueurCle)))
-            premier = e.cle;
+        if (premier.empty() && !m_code.empty() && base::Left(e.cle, 5) == m_code) premier = e.cle;
     Txt_Recherche.setText(m_code);
     ouvrir(premier);
 }
@@ -76,7 +72,9 @@ std::vector<EcranService::Element> Frm_ElemGestSSIAD::elements() {
     std::vector<Element> out;
     for (std::int64_t i = 1; i <= reponse.DCount(); ++i) {
         const std::string cle = reponse(i, 1);
-        if (cle.empty()) continue;
+        // Longer keys of the file are no elements of an aidé: the assignment dialog looks up a label's
+        // sector under them, and they follow the protocoles, not the planner.
+        if (cle.size() != kLongueurCle) continue;
         const auto aide = std::find_if(aides.begin(), aides.end(), [&](const std::string& a) {
             return base::Left(a, 5) == base::Left(cle, 5);
         });

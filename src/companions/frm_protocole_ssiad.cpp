@@ -174,7 +174,8 @@ void Frm_ProtocoleSsiad::listerElements(const std::string& element) {
         for (const std::string& cle :
              clesSelectionnees(database(), data::kSSIADELEMGEST, "CodeAide = \"" + aide + "\"")) {
             mvdb::DynamicRecord enreg;
-            data::LireEnregistrement(*f, enreg, cle);
+            // Only the aidé's own elements: longer keys are look-ups of the assignment dialog.
+            if (cle.size() != 5 + kLongueurElement || !data::LireEnregistrement(*f, enreg, cle)) continue;
             Cbo_Element.addItem(base::Mid(cle, 6) + " " + enreg(data::elemgest::kSecteur));
         }
     }

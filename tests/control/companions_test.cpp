@@ -44,6 +44,13 @@ struct Ecran : testing_support::SmallService {
     std::string enreg(const std::string& fichier, const std::string& key) {
         return mvdb::DynamicRecord(f.service.db->store().read(fichier, key).value_or("")).text();
     }
+    // A record of SSIADELEMGEST under the longer key where the assignment dialog looks up a label's sector:
+    // no element of the aidé's.
+    void lookupAffectation(const std::string& key) {
+        mvdb::DynamicRecord r;
+        r.set(23, "N1");
+        f.service.db->store().write("SSIADELEMGEST", key, r.text());
+    }
     bool existe(const std::string& fichier, const std::string& key) {
         return f.service.db->store().read(fichier, key).has_value();
     }
@@ -443,6 +450,7 @@ TEST(Frm_ElemGestSSIAD, SavesASectorOfTheTourneesAndStaysOpenWhileOneIsChangedAn
         Ecran e;
         e.f.service.put("SSIADCARACTTOURNEE", "002",
                         {"MARDI", "1", "6", "00", "14", "00", "M", "N2", "", "1"});
+        e.lookupAffectation("0001200012210000");
         Frm_ElemGestSSIAD g(e.c);
         e.brancher(g);
         g.setCodeAide("00012");
@@ -613,9 +621,11 @@ TEST(Frm_ProtocoleSsiad, ANewProtocoleIsBuiltItsKeyAndShowsOnTheNextDisplay) {
     mvdb::DynamicRecord gestion;
     gestion.set(23, "N1");
     e.f.service.db->store().write("SSIADELEMGEST", "00013000001", gestion.text());
+    e.lookupAffectation("0001300013215120");
     e.p.Cmd_Nouveau.fireClick();
     e.p.Cbo_Aide.setText("00013 MARTIN Paul");
     e.p.Cbo_Aide.fireClick();
+    EXPECT_EQ(e.p.Cbo_Element.items(), Liste{"000001 N1"});
     EXPECT_EQ(e.p.Cbo_Element.text(), "000001 N1");
     EXPECT_EQ(e.p.Txt_PremierJour.text(), "23/11/2026");
     e.p.Chk_Lundi.setValue(true);
