@@ -78,8 +78,8 @@ std::vector<EcranService::Element> Frm_ElemGestSSIAD::elements() {
         const auto aide = std::find_if(aides.begin(), aides.end(), [&](const std::string& a) {
             return base::Left(a, 5) == base::Left(cle, 5);
         });
-        out.push_back({cle, base::Left(cle, 5) + " " + base::Mid(cle, 6) + "   " + reponse(i, 2) +
-                                (aide == aides.end() ? "" : "   " + base::Mid(*aide, 7))});
+        out.push_back({cle, (aide == aides.end() ? base::Left(cle, 5) : *aide) + "   " + base::Mid(cle, 6) +
+                                "   " + reponse(i, 2)});
     }
     return out;
 }

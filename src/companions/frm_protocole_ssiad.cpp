@@ -157,9 +157,10 @@ std::vector<EcranService::Element> Frm_ProtocoleSsiad::elements() {
         for (const std::string& s : valeurs(enreg, pr::kSoins))
             soins += (soins.empty() ? "" : " ") + s;
         const std::string dernier = enreg(pr::kDernierJour);
-        out.push_back({cle, heureSaisie(base::Right(cle, 4)) + " - " + heureSaisie(enreg(pr::kBorneFin)) +
-                                "   " + enreg(pr::kDureeMn) + " mn   " + soins + "   " +
-                                itemDe(aides, base::Left(cle, 5)) + "   du " +
+        // The aidé first: the planner looks for a person, then for one of its windows.
+        out.push_back({cle, itemDe(aides, base::Left(cle, 5)) + "   " + heureSaisie(base::Right(cle, 4)) +
+                                " - " + heureSaisie(enreg(pr::kBorneFin)) + "   " + enreg(pr::kDureeMn) +
+                                " mn   " + soins + "   du " +
                                 conversion.DateDepuisInterne(enreg(pr::kPremierJour)) +
                                 (dernier.empty() ? "" : " au " + conversion.DateDepuisInterne(dernier))});
     }

@@ -455,7 +455,7 @@ TEST(Frm_ElemGestSSIAD, SavesASectorOfTheTourneesAndStaysOpenWhileOneIsChangedAn
         e.brancher(g);
         g.setCodeAide("00012");
         g.Demarrer();
-        EXPECT_EQ(g.Lst_Elements.items(), Liste{"00012 000001   N1   DUPONT Marie"});
+        EXPECT_EQ(g.Lst_Elements.items(), Liste{"00012 DUPONT Marie   000001   N1"});
         EXPECT_EQ(g.Cbo_Secteur.items(), (Liste{"N1", "N2"}));
         g.Cbo_Secteur.setText(k.secteur);
         std::string message = k.enregistrer ? e.refus([&] { return g.Cmd_Enregistrer_Click(); }) : "";
@@ -566,11 +566,11 @@ TEST(Frm_ProtocoleSsiad, ShowsTheWindowsAsTheClockReadsThem) {
         const char *nom, *debut, *fin, *liste, *champ;
     } const cas[] = {
         {"half past eleven", "0900", "1150",
-         "09h00 - 11h30   30 mn   S01   00012 DUPONT Marie   du 29/06/2025", "11h30"},
+         "00012 DUPONT Marie   09h00 - 11h30   30 mn   S01   du 29/06/2025", "11h30"},
         {"evening, off the five minutes", "1750", "1983",
-         "17h30 - 19h50   30 mn   S01   00012 DUPONT Marie   du 29/06/2025", "19h50"},
+         "00012 DUPONT Marie   17h30 - 19h50   30 mn   S01   du 29/06/2025", "19h50"},
         {"a hair before nine", "0750", "0899",
-         "07h30 - 09h00   30 mn   S01   00012 DUPONT Marie   du 29/06/2025", "09h00"},
+         "00012 DUPONT Marie   07h30 - 09h00   30 mn   S01   du 29/06/2025", "09h00"},
     };
     for (const Cas& k : cas) {
         SCOPED_TRACE(k.nom);

@@ -9,6 +9,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QTest>
 #include <algorithm>
 
@@ -359,7 +360,8 @@ TEST_F(JourneyDay, JourneyCompanionScreensEditedAndSavedAreSeenElsewhere) {
         ASSERT_GT(list->count(), 0);
         for (int i = 0; i < list->count(); ++i) {
             const QString row = list->item(i)->text();
-            EXPECT_TRUE(windows.contains(row.left(13))) << row.toStdString() << " is no stored window";
+            const QString window = QRegularExpression("\\d\\dh\\d\\d - \\d\\dh\\d\\d").match(row).captured();
+            EXPECT_TRUE(windows.contains(window)) << row.toStdString() << " is no stored window";
         }
         clickOn(form.Cmd_Fermer);
     });
