@@ -10,6 +10,7 @@
 #include "companions/frm_elem_gest_ssiad.h"
 #include "companions/frm_protocole_ssiad.h"
 #include "companions/frm_ssiad_caract_tournee.h"
+#include "companions/regles_service.h"
 #include "support/small_service.h"
 
 namespace {
@@ -549,6 +550,24 @@ TEST(Frm_ProtocoleSsiad, ChecksEachFieldBeforeWritingTheProtocole) {
                                                          "3|S01\xFDS02"
                                                        : "|S01");
     }
+}
+
+TEST(Frm_ProtocoleSsiad, OpensANewProtocoleOfTheAideFromTheDateWhenNoneIsInForce) {
+    Ecran e;
+    e.f.service.put("CIVILAIDE", "00013", {"", "MARTIN", "Paul"});
+    Frm_ProtocoleSsiad p(e.c);
+    e.brancher(p);
+    p.setCodeAide("00013");
+    p.setDateProtocole("23/11/2026");
+    p.Demarrer();
+    EXPECT_EQ(p.cleCourante(), "");
+    EXPECT_EQ(p.Cbo_Aide.text() + " " + p.Txt_PremierJour.text(), "00013 MARTIN Paul 23/11/2026");
+    p.Txt_Debut.setText("8h");
+    p.Txt_Fin.setText("9h");
+    p.Txt_DureeMn.setText("30");
+    EXPECT_EQ(e.refus([&] { return p.Cmd_Enregistrer_Click(); }),
+              "« Élément de gestion » : l'aidé n'a pas d'élément de gestion.");
+    EXPECT_EQ(control::clesSelectionnees(*e.f.service.db, "SSIADPROTOCOLE", "CodeAide = \"00013\""), Liste{});
 }
 
 TEST(Frm_ProtocoleSsiad, RefusesASoinOutsideTheCatalogue) {
