@@ -10,7 +10,7 @@ class Database;
 class DynamicRecord;
 }  // namespace mvdb
 
-// The rules of the service screens that need no screen: the keys they make, the codes they propose, and
+// The rules of the service screens that need no screen: the keys they make, what their pickers list, and
 // which records still use one that the planner wants to delete.
 namespace control {
 
