@@ -5,7 +5,11 @@
 #include "base/text.h"
 #include "companions/companions.h"
 #include "companions/frm_accords.h"
+#include "companions/frm_dossier_aide.h"
+#include "companions/frm_elem_gest_ssiad.h"
+#include "companions/frm_protocole_ssiad.h"
 #include "companions/frm_soins.h"
+#include "companions/frm_ssiad_caract_tournee.h"
 #include "data/layouts.h"
 #include "toolkit/host.h"
 
@@ -114,40 +118,23 @@ void Ctr_Zandorel::ouvrirEcranService(EcranServiceType type) {
             break;
         }
         case EcranServiceType::Aides: {
-            Frm_DossierAide form(*this);
-            form.setTheDatabase(Mod.fichiers.TheDatabase);
-            form.setTheClient(Mod.TheClient);
-            form.setDroits(Droits);
-            form.Demarrer("");
-            host().ShowModal(form);
+            Frm_DossierAide ecran(*this);
+            montrer(ecran);
             break;
         }
         case EcranServiceType::Protocoles: {
-            Frm_ProtocoleSsiad form(*this);
-            form.setTheDatabase(Mod.fichiers.TheDatabase);
-            form.setTheClient(Mod.TheClient);
-            form.setDroits(Droits);
-            form.Demarrer();
-            host().ShowModal(form);
+            Frm_ProtocoleSsiad ecran(*this);
+            montrer(ecran);
             break;
         }
         case EcranServiceType::ElementsGestion: {
-            Frm_ElemGestSSIAD form(*this);
-            form.setTheDatabase(Mod.fichiers.TheDatabase);
-            form.setTheClient(Mod.TheClient);
-            form.setDroits(Droits);
-            form.Demarrer();
-            host().ShowModal(form);
+            Frm_ElemGestSSIAD ecran(*this);
+            montrer(ecran);
             break;
         }
         case EcranServiceType::Tournees: {
-            Frm_SsiadCaractTournee form(*this);
-            form.setTheDatabase(Mod.fichiers.TheDatabase);
-            form.setTheClient(Mod.TheClient);
-            form.setDroits(Droits);
-            form.setCodeTournee("");
-            form.Demarrer();
-            host().ShowModal(form);
+            Frm_SsiadCaractTournee ecran(*this);
+            montrer(ecran);
             break;
         }
     }

@@ -101,8 +101,10 @@ std::string refusUtilise(std::string_view designation, const std::vector<std::st
     for (std::size_t i = 0; i < utilisateurs.size() && i < kNommes; ++i)
         liste += (i > 0 ? ", " : "") + utilisateurs[i];
     if (utilisateurs.size() > kNommes) liste += ", …";
-    return base::UCase(base::Left(designation, 1)) + base::Mid(designation, 2) +
-           " est encore utilisé par : " + liste + ".";
+    // The participle agrees with the designation: "la tournée 001 … est encore utilisée".
+    const bool feminin = designation.starts_with("la ");
+    return base::UCase(base::Left(designation, 1)) + base::Mid(designation, 2) + " est encore utilisé" +
+           (feminin ? "e" : "") + " par : " + liste + ".";
 }
 
 std::string prochainCode(const std::vector<std::string>& existants, int largeur) {

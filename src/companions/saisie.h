@@ -40,7 +40,8 @@ std::string verifierFenetre(std::string_view legendeFin, std::string_view debut,
 // The question before a deletion: "Supprimer le soin 12 « Toilette » ?".
 std::string questionSuppression(std::string_view designation);
 // The refusal of a deletion that other records still depend on, naming at most five of them:
-// "Le soin 12 « Toilette » est encore utilisé par : protocole 00012215110000010900."
+// "Le soin 12 « Toilette » est encore utilisé par : protocole 00012215110000010900."; "utilisée" after a
+// designation that begins with "la ".
 std::string refusUtilise(std::string_view designation, const std::vector<std::string>& utilisateurs);
 
 // The code a new record gets: the code after the greatest of `existants`, with its letters and its width

@@ -11,12 +11,17 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QTest>
 #include <algorithm>
 
 #include "companions/companions.h"
 #include "companions/frm_accords.h"
+#include "companions/frm_dossier_aide.h"
+#include "companions/frm_elem_gest_ssiad.h"
+#include "companions/frm_protocole_ssiad.h"
 #include "companions/frm_soins.h"
+#include "companions/frm_ssiad_caract_tournee.h"
 #include "mvdb/store.h"
 
 namespace journey {
@@ -51,20 +56,18 @@ protected:
             QMetaObject::invokeMethod(files, "accept");
         });
     }
-    // "..." then Nouvelle, the fields of tournée `code`, Enregistrer and Fermer.
+    // "..." then Nouveau, the code proposed replaced by `code`, the fields of the tournée, Enregistrer and
+    // Fermer.
     void createTournee(const QString& code) {
         inDialog([this, code](qtui::FormView& view) {
             auto& form = static_cast<control::Frm_SsiadCaractTournee&>(view.form());
             clickOn(form.Cmd_Nouveau);
-            typeInto(form.Txt_Code, code);
+            typeInto(form.Txt_Code, "\b\b\b" + code);
             typeInto(form.Txt_Libelle, "ESSAI " + code);
-            typeInto(form.Txt_Jour, "0");
-            typeInto(form.Txt_HeureDebut, "8");
-            typeInto(form.Txt_MinuteDebut, "00");
-            typeInto(form.Txt_HeureFin, "12");
-            typeInto(form.Txt_MinuteFin, "00");
-            typeInto(form.Txt_Type, "I");
-            typeInto(form.Txt_Secteurs, "1");
+            chooseIn(form.Cbo_Jour, "Lundi");
+            typeInto(form.Txt_Debut, "8h00");
+            typeInto(form.Txt_Fin, "12h00");
+            chooseIn(form.Cbo_Type, "I infirmier");
             clickOn(form.Cmd_Enregistrer);
             clickOn(form.Cmd_Fermer);
         });
@@ -324,16 +327,21 @@ TEST_F(JourneyDay, JourneyCompanionScreensEditedAndSavedAreSeenElsewhere) {
     ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
     EXPECT_EQ(elsewhere("CIVILAIDE", "14", "SELECT CIVILAIDE AVEC 0 = \"" + aide + "\""), telephone + "\n");
 
+    // Another sector of the tournées, chosen in the list.
+    std::string secteur;
     popupEntry(label, "Eléments de gestion SSIAD", [&](qtui::FormView& view) {
         auto& form = static_cast<control::Frm_ElemGestSSIAD&>(view.form());
-        typeInto(form.Txt_Secteur, "BIS");
+        for (const std::string& s : form.Cbo_Secteur.items())
+            if (s != form.Cbo_Secteur.text()) secteur = s;
+        ASSERT_FALSE(secteur.empty());
+        chooseIn(form.Cbo_Secteur, QString::fromStdString(secteur));
         clickOn(form.Cmd_Enregistrer);
         clickOn(form.Cmd_Fermer);
     });
     ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
-    EXPECT_NE(
-        elsewhere("SSIADELEMGEST", "23", "SELECT SSIADELEMGEST AVEC 0 = \"" + aide + "]\"").find("BIS\n"),
-        std::string::npos);
+    EXPECT_NE(elsewhere("SSIADELEMGEST", "23", "SELECT SSIADELEMGEST AVEC 0 = \"" + aide + "]\"")
+                  .find(secteur + "\n"),
+              std::string::npos);
 
     // The care plan's windows as the planner reads them: each row opens with its window in hours and
     // minutes (a bound of 1150 hundredths of an hour is 11h30), as the stored protocoles have it.
@@ -353,12 +361,13 @@ TEST_F(JourneyDay, JourneyCompanionScreensEditedAndSavedAreSeenElsewhere) {
     }
     popupEntry(label, "Protocole de traitement", [&](qtui::FormView& view) {
         auto& form = static_cast<control::Frm_ProtocoleSsiad&>(view.form());
-        auto* list = dynamic_cast<QListWidget*>(view.widgetFor(&form.Lst_Protocoles));
+        auto* list = dynamic_cast<QListWidget*>(view.widgetFor(&form.Lst_Elements));
         ASSERT_NE(list, nullptr);
         ASSERT_GT(list->count(), 0);
         for (int i = 0; i < list->count(); ++i) {
             const QString row = list->item(i)->text();
-            EXPECT_TRUE(windows.contains(row.left(13))) << row.toStdString() << " is no stored window";
+            const QString window = QRegularExpression("\\d\\dh\\d\\d - \\d\\dh\\d\\d").match(row).captured();
+            EXPECT_TRUE(windows.contains(window)) << row.toStdString() << " is no stored window";
         }
         clickOn(form.Cmd_Fermer);
     });
