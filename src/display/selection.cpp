@@ -438,6 +438,7 @@ int Ctr_Zandorel::DemandeEnregistrement() {
 }
 
 void Ctr_Zandorel::DechargerEtiquettes() {
+    historique.vider();
     Etq_Aide.unloadAll();
     IndiceEtqMax = 0;
     VScroll.setMax(0);
