@@ -23,6 +23,8 @@ public:
 
     bool peutAnnuler() const { return !m_annuler.empty(); }
     bool peutRetablir() const { return !m_retablir.empty(); }
+    // How many moves an undo can take back one after the other.
+    std::size_t annulables() const { return m_annuler.size(); }
     // Each does nothing when there is nothing to take back or make again.
     void annuler();
     void retablir();
