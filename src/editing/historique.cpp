@@ -5,6 +5,7 @@
 #include <string>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 #include "shell/ctr_zandorel.h"
 #include "toolkit/form_state.h"
@@ -15,7 +16,7 @@ namespace control {
 namespace {
 
 // The instance state that moves change, in one place: a capture copies these members, a restore
-// assigns them back one by one. Those of the day decide whether a move changed anything; those of
+// assigns them back. Those of the day decide whether a move changed anything; those of
 // the gesture are what any press and drop leaves behind, a refused one too.
 auto etatDuJour(Ctr_Zandorel& c) {
     return std::tie(c.HeureDebutEchelle, c.HeureFinEchelle, c.PasQuartHeure, c.IndiceEtqMax, c.SansTournee,
@@ -28,12 +29,18 @@ auto etatDuGeste(Ctr_Zandorel& c) {
     return std::tie(c.IndiceEtqCourante, c.PanneauSource, c.DecalageSourisX, c.DecalageSourisY,
                     c.DecalageImpossible, c.DebordementDecalage);
 }
-std::array<model::WorkTable*, 5> tables(Ctr_Zandorel& c) {
+constexpr std::size_t kTables = 5;
+std::array<model::WorkTable*, kTables> tables(Ctr_Zandorel& c) {
     return {&c.TabTempoAide, &c.TabTempoDetail, &c.TabAnomalies, &c.TabTourneeEnregistree, &c.TabTempoDecale};
 }
 // The control array of the labels: the only controls that decide, with the tables, whether a move
 // changed anything.
 constexpr const char* kEtiquettes = "Etq_Aide";
+// The labels of pane "AIDE" stand where the scroll bar's value puts them, and the user may scroll between
+// a move and its undo: the labels and the bar come back whole, so that they hang together.
+bool vientEntier(const toolkit::ControlKey& cle) {
+    return cle.first == kEtiquettes || cle.first == "VScroll";
+}
 
 template <typename... T>
 std::tuple<T...> valeurs(const std::tuple<T&...>& membres) {
@@ -41,19 +48,6 @@ std::tuple<T...> valeurs(const std::tuple<T&...>& membres) {
 }
 using EtatJour = decltype(valeurs(etatDuJour(std::declval<Ctr_Zandorel&>())));
 using EtatGeste = decltype(valeurs(etatDuGeste(std::declval<Ctr_Zandorel&>())));
-
-// Assigns, member by member, the values of `vers` that differ from those of `depuis`.
-template <typename... T, std::size_t... I>
-void remettre(const std::tuple<T&...>& membres, const std::tuple<T...>& vers, const std::tuple<T...>& depuis,
-              std::index_sequence<I...>) {
-    ((std::get<I>(vers) == std::get<I>(depuis) ? void() : void(std::get<I>(membres) = std::get<I>(vers))),
-     ...);
-}
-template <typename... T>
-void remettre(const std::tuple<T&...>& membres, const std::tuple<T...>& vers,
-              const std::tuple<T...>& depuis) {
-    remettre(membres, vers, depuis, std::index_sequence_for<T...>{});
-}
 
 bool memesEtiquettes(const toolkit::FormState& a, const toolkit::FormState& b) {
     const auto ea = a.elements(kEtiquettes), eb = b.elements(kEtiquettes);
@@ -69,7 +63,7 @@ bool memesEtiquettes(const toolkit::FormState& a, const toolkit::FormState& b) {
 struct Historique::Instantane {
     toolkit::FormState ecran;
     int pointeur = 0;
-    std::array<std::optional<std::string>, 5> tables;  // the whole text, none for a released table
+    std::array<std::optional<std::string>, kTables> tables;  // the whole text, none for a released table
     EtatJour jour;
     EtatGeste geste;
 
@@ -98,11 +92,19 @@ std::unique_ptr<Historique::Instantane> Historique::capturer() const {
 
 void Historique::restaurer(const Instantane& vers, const Instantane& depuis) {
     // The controls first: putting them back fires no event, so no handler sees the tables half restored.
-    toolkit::restoreForm(m_ctl.UserControl, vers.ecran, depuis.ecran);
+    // Those that come back whole are compared with what the screen holds now, the others with the
+    // screen the move started from or ended on: a control that the move left alone stays as it is now.
+    toolkit::FormState reference = depuis.ecran;
+    std::erase_if(reference.controls, [](const auto& c) { return vientEntier(c.first); });
+    for (auto& [cle, etat] : toolkit::captureForm(m_ctl.UserControl).controls) {
+        if (vientEntier(cle)) reference.controls.emplace(cle, std::move(etat));
+    }
+    toolkit::restoreForm(m_ctl.UserControl, vers.ecran, reference);
     if (vers.pointeur != depuis.pointeur) m_ctl.host().setScreenMousePointer(vers.pointeur);
+    // The tables and the state of the day come back whole: nothing but a move changes them while the day
+    // is shown.
     const auto t = tables(m_ctl);
     for (std::size_t k = 0; k < t.size(); ++k) {
-        if (vers.tables[k] == depuis.tables[k]) continue;
         if (!vers.tables[k]) {
             t[k]->release();
             continue;
@@ -110,8 +112,8 @@ void Historique::restaurer(const Instantane& vers, const Instantane& depuis) {
         t[k]->renew();
         (*t[k])->setText(*vers.tables[k]);
     }
-    remettre(etatDuJour(m_ctl), vers.jour, depuis.jour);
-    remettre(etatDuGeste(m_ctl), vers.geste, depuis.geste);
+    etatDuJour(m_ctl) = vers.jour;
+    etatDuGeste(m_ctl) = vers.geste;
 }
 
 void Historique::annuler() {

@@ -12,8 +12,9 @@ class Ctr_Zandorel;
 // from one action of the planner: a drop from either pane with the pushes and the return it causes,
 // chaining, the removal of an assignment. Each entry keeps the screen before and after its move: every
 // property of every control with the loaded labels, the working tables, the instance state, the focus
-// and the screen's pointer. An undo puts back what the move changed as it was before, a redo as it was
-// after; what the move left alone stays as it is now.
+// and the screen's pointer. An undo puts the labels, the scroll bar, the tables and the state back as
+// they were before the move, and every other control that the move changed; a redo does the same with
+// the screen after the move. A control that the move left alone stays as it is now.
 class Historique {
 public:
     explicit Historique(Ctr_Zandorel& ctl);
