@@ -73,7 +73,8 @@ private:
         std::unique_ptr<Instantane> avant, apres;
     };
     std::unique_ptr<Instantane> capturer() const;
-    // Puts back what differs between `depuis` and `vers` as `vers` has it.
+    // Puts the screen back as `vers` has it: the labels, the scroll bar, the tables and the state whole,
+    // the other controls where `depuis` differs from it.
     void restaurer(const Instantane& vers, const Instantane& depuis);
 
     Ctr_Zandorel& m_ctl;
