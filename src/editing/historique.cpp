@@ -79,7 +79,13 @@ Historique::~Historique() = default;
 
 std::unique_ptr<Historique::Instantane> Historique::capturer() const {
     auto i = std::make_unique<Instantane>();
-    i->ecran = toolkit::captureForm(m_ctl.UserControl);
+    // The controls that did not change since the last capture share its states.
+    const Instantane* recent = m_debut               ? m_debut.get()
+                               : m_avantGeste        ? m_avantGeste.get()
+                               : !m_annuler.empty()  ? m_annuler.back().apres.get()
+                               : !m_retablir.empty() ? m_retablir.back().avant.get()
+                                                     : nullptr;
+    i->ecran = toolkit::captureForm(m_ctl.UserControl, recent ? &recent->ecran : nullptr);
     i->pointeur = m_ctl.host().screenMousePointer();
     const auto t = tables(m_ctl);
     for (std::size_t k = 0; k < t.size(); ++k) {
@@ -154,9 +160,9 @@ Historique::Deplacement::Deplacement(Historique& h) : m_historique(h) {
 Historique::Deplacement::~Deplacement() {
     Historique& h = m_historique;
     if (h.m_oublis > 0 || --h.m_profondeur > 0 || !h.m_debut) return;
-    std::unique_ptr<Instantane> debut = std::move(h.m_debut);
     try {
         std::unique_ptr<Instantane> apres = h.capturer();
+        std::unique_ptr<Instantane> debut = std::move(h.m_debut);
         if (debut->memeJournee(*apres)) return;
         h.m_annuler.push_back(
             {h.m_avantGeste ? std::move(h.m_avantGeste) : std::move(debut), std::move(apres)});

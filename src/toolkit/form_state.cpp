@@ -151,18 +151,39 @@ void VScrollBar::restoreState(const ControlState& s) {
     if (putBack(m_value, s.barValue)) notify(Property::Value);
 }
 
+bool FormState::operator==(const FormState& other) const {
+    if (focus != other.focus || controls.size() != other.controls.size()) return false;
+    for (auto i = controls.begin(), j = other.controls.begin(); i != controls.end(); ++i, ++j) {
+        if (i->first != j->first || (i->second != j->second && !(*i->second == *j->second))) return false;
+    }
+    return true;
+}
+
 std::map<int, const ControlState*> FormState::elements(const std::string& array) const {
     std::map<int, const ControlState*> out;
     for (auto it = controls.lower_bound({array, 0}); it != controls.end() && it->first.first == array; ++it)
-        out.emplace(it->first.second, &it->second);
+        out.emplace(it->first.second, it->second.get());
     return out;
 }
 
-FormState captureForm(const Form& form) {
+FormState captureForm(const Form& form, const FormState* previous) {
     FormState state;
-    form.saveState(state.controls[keyOf(form)]);
+    auto capture = [&](const Control& c) {
+        ControlState now;
+        c.saveState(now);
+        ControlKey key = keyOf(c);
+        if (previous) {
+            const auto before = previous->controls.find(key);
+            if (before != previous->controls.end() && *before->second == now) {
+                state.controls.emplace(std::move(key), before->second);
+                return;
+            }
+        }
+        state.controls.emplace(std::move(key), std::make_shared<const ControlState>(std::move(now)));
+    };
+    capture(form);
     for (const Control* c : form.controls())
-        c->saveState(state.controls[keyOf(*c)]);
+        capture(*c);
     if (const Control* focus = form.activeControl()) state.focus = keyOf(*focus);
     return state;
 }
@@ -197,10 +218,10 @@ void restoreForm(Form& form, const FormState& to, const FormState& from) {
     }
     for (const auto& [key, s] : to.controls) {
         const auto before = from.controls.find(key);
-        if (before != from.controls.end() && before->second == s) continue;
+        if (before != from.controls.end() && (before->second == s || *before->second == *s)) continue;
         Control* c = control(key);
         if (!c) throw missing(key);
-        c->restoreState(s);
+        c->restoreState(*s);
     }
     if (to.focus != from.focus) form.restoreFocus(to.focus.first.empty() ? nullptr : control(to.focus));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -44,15 +45,20 @@ struct ControlState {
 using ControlKey = std::pair<std::string, int>;
 
 struct FormState {
-    std::map<ControlKey, ControlState> controls;  // the form itself under its own name, index -1
-    ControlKey focus{"", -1};                     // empty name: no control had the focus
+    // A control's state is shared by the captures in which it did not change: a history of many
+    // captures of one screen holds each state once.
+    std::map<ControlKey, std::shared_ptr<const ControlState>> controls;  // the form itself: its name, -1
+    ControlKey focus{"", -1};  // empty name: no control had the focus
 
-    bool operator==(const FormState&) const = default;
+    // Equal when every control's state is, shared or not.
+    bool operator==(const FormState& other) const;
     // The loaded elements of one control array, the model included, by index.
     std::map<int, const ControlState*> elements(const std::string& array) const;
 };
 
-FormState captureForm(const Form& form);
+// Every control of the form as it stands. A state equal to the one `previous` holds for the same control
+// is shared with it rather than copied.
+FormState captureForm(const Form& form, const FormState* previous = nullptr);
 
 // Puts back what differs between `from` and `to` as `to` has it: the controls whose state differs, the
 // array elements loaded in one and not in the other (loaded or unloaded), and the focus when it moved.

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <memory>
 #include <string>
 
 #include "base/error.h"
@@ -60,12 +61,12 @@ TEST(RestoreForm, FailsOnAControlTheFormLacks) {
     } const cas[] = {
         {"a control of another form",
          [](FormState& s) {
-             s.controls[{"Txt_Autre", -1}] = {};
+             s.controls[{"Txt_Autre", -1}] = std::make_shared<ControlState>();
          },
          "Le contrôle Txt_Autre n'existe pas sur cet écran"},
         {"an element of an array the form lacks",
          [](FormState& s) {
-             s.controls[{"Autres", 3}] = {};
+             s.controls[{"Autres", 3}] = std::make_shared<ControlState>();
          },
          "Le contrôle Autres(3) n'existe pas sur cet écran"},
     };
@@ -127,9 +128,26 @@ TEST(RestoreForm, PutsBackWhatDiffersWithoutAnyEventAndKeepsTheRest) {
     EXPECT_EQ(e.legendes(), "0= 1=UN 3=trois ");
     EXPECT_EQ(e.form.activeControl(), &e.liste);
     FormState maintenant = captureForm(e.form);
-    EXPECT_EQ(maintenant.controls.at({"Cadre", -1}).caption, "Période");
-    maintenant.controls.at({"Cadre", -1}).caption.clear();
+    auto cadre = std::make_shared<ControlState>(*maintenant.controls.at({"Cadre", -1}));
+    EXPECT_EQ(cadre->caption, "Période");
+    cadre->caption.clear();
+    maintenant.controls[{"Cadre", -1}] = cadre;
     EXPECT_TRUE(maintenant == apres);
+}
+
+TEST(CaptureForm, SharesTheStatesThatDidNotChangeSinceTheCaptureGiven) {
+    Ecran e;
+    const FormState premiere = captureForm(e.form);
+    e.texte.setText("001");
+    e.etiquettes.Load(3);
+    const FormState seconde = captureForm(e.form, &premiere);
+    EXPECT_EQ(seconde.controls.at({"Liste", -1}), premiere.controls.at({"Liste", -1}));
+    EXPECT_EQ(seconde.controls.at({"Etiquettes", 1}), premiere.controls.at({"Etiquettes", 1}));
+    EXPECT_NE(seconde.controls.at({"Texte", -1}), premiere.controls.at({"Texte", -1}));
+    EXPECT_EQ(seconde.controls.at({"Texte", -1})->text, "001");
+    EXPECT_TRUE(seconde.controls.count({"Etiquettes", 3}));
+    EXPECT_FALSE(seconde == premiere);
+    EXPECT_TRUE(captureForm(e.form) == seconde);
 }
 
 }  // namespace
