@@ -27,7 +27,8 @@ fi
 tests=()
 [ -f "$build/CMakeCache.txt" ] || tests=(-DZANDOREL_TESTS=OFF)
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DZANDOREL_BENCH=ON "${tests[@]}" >/dev/null
-ninja -C "$build" drag_feedback_bench display_bench sentence_bench commit_bench gui_display_bench week_bench
+ninja -C "$build" drag_feedback_bench display_bench sentence_bench commit_bench gui_display_bench week_bench \
+    undo_bench
 
 case "$mode" in
     short)
@@ -73,6 +74,8 @@ if [ "$pg" = --pg ]; then
     exit 0
 fi
 run drag_feedback_bench . "" --benchmark_min_time="$min"
+# x_sans_historique: the drops over the same drops while the history records nothing.
+run undo_bench . "" --benchmark_min_time="$min"
 run display_bench "$display" "" --benchmark_min_time="$min"
 # Each sentence runs alternately with its hand-written SQL; x_sql is their ratio.
 run sentence_bench "$sentence" "" --benchmark_min_time="$min"

@@ -304,6 +304,15 @@ private:
                 m_host.queueAnswer(a);
             }
         };
+        // The host's undo and redo of moves; nothing to undo or redo is no error, as in the window.
+        m_verbs["undo"] = [this](const auto& w) {
+            arity(w, 0, 0);
+            ctl().Annuler();
+        };
+        m_verbs["redo"] = [this](const auto& w) {
+            arity(w, 0, 0);
+            ctl().Retablir();
+        };
         registerDialogVerbs();
         m_verbs["service"] = [this](const auto& w) {
             arity(w, 1, 1);

@@ -73,6 +73,7 @@ void Ctr_Zandorel::signalerDefauts() {
 }
 
 void Ctr_Zandorel::Cmd_Affichage_Click() {
+    const Historique::Oubli oubli(historique);
     // 1. What the last display met was told then.
     debutCommandeLongue();
     SansTournee = false;

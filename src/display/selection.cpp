@@ -437,6 +437,7 @@ int Selection::DemandeEnregistrement() {
 }
 
 void Ctr_Zandorel::DechargerEtiquettes() {
+    historique.vider();
     Etq_Aide.unloadAll();
     IndiceEtqMax = 0;
     VScroll.setMax(0);

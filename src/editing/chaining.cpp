@@ -27,6 +27,7 @@ double cellule(const Ctr_Zandorel& c, std::int64_t i, int colonne) {
 }  // namespace
 
 void Ctr_Zandorel::Cmd_Enchainement_Click() {
+    const Historique::Deplacement deplacement(historique);
     // 1.
     if (TourneeAnterieure) {
         host().MsgBox("Enchaînement impossible : date de la tournée antérieure à la date du jour.",

@@ -34,6 +34,7 @@ void Ctr_Zandorel::Etq_Aide_MouseMove(int Index, int, int, float, float) {
 }
 
 void Ctr_Zandorel::Etq_Aide_MouseDown(int Index, int Button, int, float X, float Y) {
+    historique.debutGeste();
     // 1. The label pressed last, whatever the button: the menu's entries work on it.
     IndiceEtqCourante = Index;
     toolkit::Label& etiquette = Etq_Aide(Index);

@@ -191,6 +191,7 @@ void Ctr_Zandorel::RechercheTourneesIntervenant(const std::string& cle, bool& tr
 }
 
 void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
+    const Historique::Deplacement deplacement(historique);
     const double L = static_cast<double>(X) - DecalageSourisX;
     const double T = static_cast<double>(Y) - DecalageSourisY;
 

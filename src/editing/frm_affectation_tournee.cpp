@@ -211,6 +211,7 @@ void Ctr_Zandorel::Mnu_AffectationTournee_Click() {
     // intervenants is read only after, so that display still reads the former one: the system's order,
     // kept.
     if (!Mod.FlagAffectationEnCours) return;
+    const Historique::Oubli oubli(historique);
     IndiceEtqAffectee = IndiceEtqCourante;
     Cmd_Sortir.setCaption("Annuler");
     Etq_Horaire.setCaption("");

@@ -79,6 +79,7 @@ void joindreMoities(Ctr_Zandorel& c, std::int64_t a) {
 }  // namespace
 
 void Ctr_Zandorel::EnleveAffectationTournee(bool SansRetour) {
+    const Historique::Deplacement deplacement(historique);
     // 1. Emptying the code runs its change handler, still in the assignment branch, which finds no
     // tournée for an empty code and stops there.
     Txt_CodeTournee.setText("");

@@ -1,7 +1,9 @@
 #include "qtui/main_window.h"
 
 #include <QActionGroup>
+#include <QApplication>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QMenuBar>
 #include <QTimer>
 
@@ -17,9 +19,13 @@ MainWindow::MainWindow(control::Ctr_Zandorel& ctl, QtHost& host, Zoom zoom) : m_
     m_view->setSizing(FormView::Sizing::FollowsSize);
     m_view->onZoomFollowed = [this](Zoom followed) { zoomFollowed(followed); };
     setCentralWidget(m_view);
-    m_view->afterInput = [this] { leaveIfAsked(); };
+    m_view->afterInput = [this] {
+        updateEditActions();
+        leaveIfAsked();
+    };
     m_host.setWindow(this);
 
+    addEditMenu();
     QMenu* display = menuBar()->addMenu("&Affichage");
     connect(display->addAction("Semaine"), &QAction::triggered, this,
             [this] { WeekWindow::showFor(m_ctl, *m_view, this); });
@@ -72,6 +78,41 @@ void MainWindow::zoomFollowed(Zoom zoom) {
     m_host.setZoom(zoom);
     for (auto& [action, percent] : m_zooms)
         action->setChecked(std::abs(zoom.factor() * 100 - percent) < 0.5);
+}
+
+void MainWindow::addEditMenu() {
+    QMenu* edit = menuBar()->addMenu("&Édition");
+    m_undo = edit->addAction("Annuler le déplacement");
+    m_undo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
+    m_redo = edit->addAction("Rétablir le déplacement");
+    m_redo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Y));
+    connect(m_undo, &QAction::triggered, this, [this] { m_view->forward([this] { m_ctl.Annuler(); }); });
+    connect(m_redo, &QAction::triggered, this, [this] { m_view->forward([this] { m_ctl.Retablir(); }); });
+    connect(edit, &QMenu::aboutToShow, this, [this] { updateEditActions(); });
+    updateEditActions();
+    // The boxes of the screen take Ctrl+Z for their own text; while a move can be undone or redone, the
+    // keys are the window's, whichever control has the focus.
+    qApp->installEventFilter(this);
+}
+
+void MainWindow::updateEditActions() {
+    m_undo->setEnabled(m_ctl.peutAnnuler());
+    m_redo->setEnabled(m_ctl.peutRetablir());
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::ShortcutOverride) return false;
+    auto* widget = qobject_cast<QWidget*>(watched);
+    if (!widget || (widget != m_view && !m_view->isAncestorOf(widget))) return false;
+    const auto* key = static_cast<QKeyEvent*>(event);
+    const QKeySequence pressed(key->keyCombination());
+    for (const QAction* action : {m_undo, m_redo}) {
+        if (action->isEnabled() && pressed == action->shortcut()) {
+            event->ignore();
+            return true;
+        }
+    }
+    return false;
 }
 
 void MainWindow::leaveIfAsked() {

@@ -25,16 +25,22 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void setZoom(double factor);
     void zoomFollowed(Zoom zoom);
     void leaveIfAsked();
+    // The "Édition" menu: undo and redo of moves, enabled only when the screen has one to undo or redo.
+    void addEditMenu();
+    void updateEditActions();
 
     control::Ctr_Zandorel& m_ctl;
     QtHost& m_host;
     FormView* m_view;
     std::vector<std::pair<QAction*, int>> m_zooms;  // entry, percent
+    QAction* m_undo = nullptr;
+    QAction* m_redo = nullptr;
 };
 
 }  // namespace qtui

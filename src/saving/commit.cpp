@@ -220,6 +220,7 @@ void Ctr_Zandorel::Cmd_Ok_Click() {
         m_versionAffichee = *autreVersion;
     }
     if (!ValidationAnomalies) return;
+    const Historique::Oubli oubli(historique);
     m_versionAffichee.reset();
     TabTourneeEnregistree.release();
 

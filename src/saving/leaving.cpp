@@ -21,6 +21,7 @@ bool presenceParLignes(Ctr_Zandorel& c) {
 }
 
 void quitter(Ctr_Zandorel& c) {
+    c.historique.vider();
     c.TabAnomalies.release();
     c.W_Sortir = true;
     // The form that carries the control goes; the host closes its window on W_Sortir.

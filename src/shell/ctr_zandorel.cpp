@@ -380,6 +380,7 @@ void Ctr_Zandorel::finCommandeLongue() {
 }
 
 void Ctr_Zandorel::UserControl_Terminate() {
+    historique.vider();
     for (model::WorkTable* table : {&TabAnomalies, &TabTourneeEnregistree, &TabTempoAide, &TabTempoDetail,
                                     &TabValidees, &TabProtocole, &TabTempoDecale}) {
         table->release();

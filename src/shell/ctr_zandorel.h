@@ -9,6 +9,7 @@
 #include "data/gateway.h"
 #include "data/record_checks.h"
 #include "display/selection.h"
+#include "editing/historique.h"
 #include "model/working_table.h"
 #include "printing/impression.h"
 #include "shell/droits.h"
@@ -301,6 +302,18 @@ public:
     int NbTourneesAffectation = 0;
     int IndiceEtqAffectee = 0;
 
+    // Undo and redo of the moves (editing/historique.cpp). Each is refused, without a word, while a drag
+    // or a long command is under way, and when there is nothing to undo or redo.
+    void Annuler();
+    void Retablir();
+    bool peutAnnuler() const;
+    bool peutRetablir() const;
+    Historique historique{*this};
+
+private:
+    bool occupe() const;
+
+public:
     // ---- Records that other programs wrote badly (display/affichage.cpp).
     // True when there is no fault; a fault joins those that the display or print in progress tells once,
     // at its end, and its record gives no label and no printed line.

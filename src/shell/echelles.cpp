@@ -48,6 +48,7 @@ Identite lireIdentite(data::FichiersSSIAD& fichiers, const std::string& codeAide
 // Morning and evening differ only by their hours. Changing them clears the display without a prompt:
 // the options are disabled while a tournée is chosen.
 void changerPeriode(Ctr_Zandorel& c, double heureDebut, double heureFin) {
+    c.historique.vider();
     if (c.Etq_Aide.Count() > 1) {
         c.Etq_Aide.unloadAll();
         c.IndiceEtqMax = 0;

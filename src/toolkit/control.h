@@ -56,6 +56,7 @@ inline constexpr int kPointerHourglass = 11;
 
 class Control;
 class Form;
+struct ControlState;
 
 // Sees every property change of the controls of a form (the screen adapter mirrors them).
 class Observer {
@@ -157,6 +158,11 @@ public:
     // Copies the design-time properties of `model` (everything but name, index and parent), as a control
     // array does for a loaded element.
     virtual void copyFrom(const Control& model);
+
+    // Every property as plain values, and back (toolkit/form_state.h). Putting back notifies the
+    // observer of each property that changes and fires no event.
+    virtual void saveState(ControlState& state) const;
+    virtual void restoreState(const ControlState& state);
 
 protected:
     template <typename T>

@@ -89,6 +89,9 @@ public:
         return out;
     }
 
+    Control& loadElement(int index) override { return Load(index); }
+    void unloadElement(int index) override { Unload(index); }
+
     std::function<void(int index)> Click, DblClick, GotFocus, LostFocus;
     std::function<void(int index, int button, int shift, double x, double y)> MouseDown, MouseUp, MouseMove;
     std::function<void(int index, Control& source, double x, double y, int state)> DragOver;

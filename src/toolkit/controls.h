@@ -44,6 +44,8 @@ public:
     int selLength() const { return m_selLength; }
     void setSelection(int start, int length);
     void copyFrom(const Control& model) override;
+    void saveState(ControlState& state) const override;
+    void restoreState(const ControlState& state) override;
 
 private:
     std::string m_text;
@@ -67,6 +69,8 @@ public:
     virtual void setListIndex(int index);
     int find(const std::string& item) const;
     void copyFrom(const Control& model) override;
+    void saveState(ControlState& state) const override;
+    void restoreState(const ControlState& state) override;
 
 protected:
     std::vector<std::string> m_items;
@@ -87,6 +91,8 @@ public:
     void setText(const std::string& text);
     void setListIndex(int index) override;
     void copyFrom(const Control& model) override;
+    void saveState(ControlState& state) const override;
+    void restoreState(const ControlState& state) override;
 
 private:
     std::string m_text;
@@ -98,6 +104,8 @@ public:
     OptionButton(std::string name, Control* parent) : Control(Kind::OptionButton, std::move(name), parent) {}
     bool value() const { return m_value; }
     void setValue(bool value);
+    void saveState(ControlState& state) const override;
+    void restoreState(const ControlState& state) override;
 
 private:
     bool m_value = false;
@@ -127,6 +135,8 @@ public:
     double y2() const { return m_y2; }
     void setEnds(double x1, double y1, double x2, double y2);
     void copyFrom(const Control& model) override;
+    void saveState(ControlState& state) const override;
+    void restoreState(const ControlState& state) override;
 
 private:
     double m_x1 = 0, m_y1 = 0, m_x2 = 0, m_y2 = 0;
@@ -146,6 +156,8 @@ public:
     int largeChange() const { return m_largeChange; }
     void setSmallChange(int v) { m_smallChange = v; }
     void setLargeChange(int v) { m_largeChange = v; }
+    void saveState(ControlState& state) const override;
+    void restoreState(const ControlState& state) override;
 
 private:
     int m_min = 0, m_max = 32767, m_value = 0;

@@ -17,6 +17,9 @@ public:
     virtual ~ArrayBase() = default;
     virtual Control* element(int index) const = 0;
     virtual std::vector<Control*> elements() const = 0;
+    // Load and Unload of the array, reached without its element type.
+    virtual Control& loadElement(int index) = 0;
+    virtual void unloadElement(int index) = 0;
 };
 
 // A form or a user control: the root of a tree of controls. It knows its controls by name, holds the
@@ -40,6 +43,12 @@ public:
     // Moves the focus: LostFocus on the old holder, then GotFocus on the new one. A LostFocus handler
     // that moves the focus elsewhere wins: the first target then gets no GotFocus.
     void moveFocus(Control* target);
+    // Puts the focus back on a control, or on none, without LostFocus or GotFocus: for a screen put back
+    // as it was, where no focus moves as the user's doing.
+    void restoreFocus(Control* target) {
+        m_focus = target;
+        m_focusArrived = target != nullptr;
+    }
     // The next control in tab order that can take the focus, after (or before) `from`.
     Control* nextInTabOrder(Control* from, bool forward) const;
 

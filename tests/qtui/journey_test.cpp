@@ -537,5 +537,52 @@ TEST_F(JourneyDay, JourneyTheAssignmentDialogAnsweredFromTheKeyboard) {
     EXPECT_EQ(m_ctl->Txt_CodeTournee.text(), "006");
 }
 
+// A move taken back with Ctrl+Z and made again with Ctrl+Y, the focus in the code's box, which keeps its
+// text: the keys are the window's while a move can be undone or redone.
+TEST_F(JourneyDay, JourneyAMoveUndoneAndRedoneFromTheKeyboard) {
+    QAction* undo = menuAction("Édition", "Annuler le déplacement");
+    QAction* redo = menuAction("Édition", "Rétablir le déplacement");
+    ASSERT_NE(undo, nullptr);
+    ASSERT_NE(redo, nullptr);
+    EXPECT_EQ(undo->shortcut(), QKeySequence("Ctrl+Z"));
+    EXPECT_EQ(redo->shortcut(), QKeySequence("Ctrl+Y"));
+    typeInto(m_ctl->Txt_CodeTournee, "001");
+    chooseIn(m_ctl->Cbo_Date, "30/11/2026");
+    clickOn(m_ctl->Cmd_Affichage);
+    QTest::qWait(50);
+    ASSERT_GT(m_ctl->Etq_Aide.Count(), 1);
+    EXPECT_FALSE(undo->isEnabled());
+    EXPECT_FALSE(redo->isEnabled());
+
+    const toolkit::Label& label = m_ctl->Etq_Aide(std::stoi(m_ctl->TabTempoAide(1, 1)));
+    const double left = label.left(), top = label.top();
+    const qtui::Zoom z(1.0);
+    dragLabel(label, QPoint(10, 10), QPoint(150, z.px(760 + 5 * 4 * m_ctl->PasQuartHeure)));
+    QTest::qWait(50);
+    ASSERT_EQ(label.left(), 760);
+    EXPECT_TRUE(undo->isEnabled());
+    EXPECT_FALSE(redo->isEnabled());
+
+    clickOn(m_ctl->Txt_CodeTournee);
+    QWidget* box = QApplication::focusWidget();
+    ASSERT_EQ(box, widgetOf(m_ctl->Txt_CodeTournee));
+    QTest::keyClick(box, Qt::Key_Z, Qt::ControlModifier);
+    QTest::qWait(50);
+    EXPECT_EQ(label.left(), left);
+    EXPECT_EQ(label.top(), top);
+    EXPECT_EQ(widgetOf(label)->x(), z.px(left));
+    EXPECT_EQ(m_ctl->Txt_CodeTournee.text(), "001");
+    EXPECT_FALSE(undo->isEnabled());
+    EXPECT_TRUE(redo->isEnabled());
+
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Y, Qt::ControlModifier);
+    QTest::qWait(50);
+    EXPECT_EQ(label.left(), 760);
+    EXPECT_EQ(widgetOf(label)->x(), z.px(760));
+    EXPECT_TRUE(undo->isEnabled());
+    EXPECT_FALSE(redo->isEnabled());
+    EXPECT_TRUE(answersUsed());
+}
+
 }  // namespace
 }  // namespace journey
