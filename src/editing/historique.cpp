@@ -20,7 +20,7 @@ namespace {
 // the gesture are what any press and drop leaves behind, a refused one too.
 auto etatDuJour(Ctr_Zandorel& c) {
     return std::tie(c.HeureDebutEchelle, c.HeureFinEchelle, c.PasQuartHeure, c.IndiceEtqMax, c.SansTournee,
-                    c.TourneeAnterieure, c.JourneeAffichee, c.NbIntervenantsTournee, c.DateSaisie,
+                    c.TourneeAnterieure, c.JourneeAffichee, c.NbIntervenantsTournee, c.selection().DateSaisie,
                     c.DateAffichee, c.ValidationAnomalies, c.W_Sortir, c.DerniereValeurScroll,
                     c.IndiceEtqAffectee, c.NbTourneesAffectation, c.NbLignesAnomalies,
                     c.Mod.FlagAffectationEnCours, c.Mod.CodeTourneeAffectation);
