@@ -182,12 +182,12 @@ TEST(Historique, UndoingBackToWhatWasLoadedLeavesNoQuestion) {
     const Etiquettes e = survolees(j);
     j.glisser(e.dupont, 1000, 2510);
     j.glisser(e.martin, 1000, 2860);
-    ASSERT_TRUE(j.c.TourneeModifiee(false));
-    ASSERT_TRUE(j.c.TourneeModifiee(true));
+    ASSERT_TRUE(j.c.selection().TourneeModifiee(false));
+    ASSERT_TRUE(j.c.selection().TourneeModifiee(true));
     j.c.Annuler();
     j.c.Annuler();
-    EXPECT_FALSE(j.c.TourneeModifiee(false));
-    EXPECT_FALSE(j.c.TourneeModifiee(true));
+    EXPECT_FALSE(j.c.selection().TourneeModifiee(false));
+    EXPECT_FALSE(j.c.selection().TourneeModifiee(true));
     // Leaving the date asks nothing: no answer is queued, and a question would find none.
     j.c.Cbo_Date_LostFocus();
     EXPECT_EQ(j.boites(), "");
