@@ -99,7 +99,8 @@ void Ctr_Zandorel::ouvrirEcranService(EcranServiceType type) {
         tourneeExistante =
             data::LireEnregistrement(*Mod.fichiers.SSIADCARACTTOURNEE, enreg, Txt_CodeTournee.text());
     }
-    const auto montrer = [this](EcranService& ecran) {
+    const auto montrer = [this]<typename Ecran>() {
+        Ecran ecran(*this);
         ecran.setTheDatabase(Mod.fichiers.TheDatabase);
         ecran.setTheClient(Mod.TheClient);
         ecran.setDroits(Droits);
@@ -107,36 +108,24 @@ void Ctr_Zandorel::ouvrirEcranService(EcranServiceType type) {
         host().ShowModal(ecran);
     };
     switch (type) {
-        case EcranServiceType::Soins: {
-            Frm_Soins ecran(*this);
-            montrer(ecran);
+        case EcranServiceType::Soins:
+            montrer.operator()<Frm_Soins>();
             break;
-        }
-        case EcranServiceType::Accords: {
-            Frm_Accords ecran(*this);
-            montrer(ecran);
+        case EcranServiceType::Accords:
+            montrer.operator()<Frm_Accords>();
             break;
-        }
-        case EcranServiceType::Aides: {
-            Frm_DossierAide ecran(*this);
-            montrer(ecran);
+        case EcranServiceType::Aides:
+            montrer.operator()<Frm_DossierAide>();
             break;
-        }
-        case EcranServiceType::Protocoles: {
-            Frm_ProtocoleSsiad ecran(*this);
-            montrer(ecran);
+        case EcranServiceType::Protocoles:
+            montrer.operator()<Frm_ProtocoleSsiad>();
             break;
-        }
-        case EcranServiceType::ElementsGestion: {
-            Frm_ElemGestSSIAD ecran(*this);
-            montrer(ecran);
+        case EcranServiceType::ElementsGestion:
+            montrer.operator()<Frm_ElemGestSSIAD>();
             break;
-        }
-        case EcranServiceType::Tournees: {
-            Frm_SsiadCaractTournee ecran(*this);
-            montrer(ecran);
+        case EcranServiceType::Tournees:
+            montrer.operator()<Frm_SsiadCaractTournee>();
             break;
-        }
     }
     if (tourneeExistante) return;
     Cbo_Tournee.clear();
