@@ -16,11 +16,6 @@ namespace control {
 
 namespace {
 
-// Rows that the pane of aidés shows at once; more need the scroll bar.
-constexpr std::int64_t kLignesVisibles = 7;
-
-constexpr const char* kTitreMessage = "Message KORVELINE";
-
 // The range of the last display goes with its labels. Emptied while no label is loaded, so that the
 // Change a clamped value fires has nothing to move; a stale value would otherwise fire over the new rows
 // once the range is set, and hide them all.
@@ -35,8 +30,7 @@ void viderDefilement(Ctr_Zandorel& c) {
 // bar is put on row 1, whose Change shows rows 1 to 7 where they were made and parks the others. When
 // the value already is 1, the Change is run here instead, so the rows are laid out exactly once.
 void reglerDefilement(Ctr_Zandorel& c) {
-    const std::int64_t n = c.TabTempoAide->DCount();
-    c.VScroll.setMax(n > kLignesVisibles ? static_cast<int>(n) : 0);
+    c.VScroll.setMax(c.Tables.scrollMax());
     c.DerniereValeurScroll = c.VScroll.value();
     c.VScroll.setVisible(c.VScroll.max() != 0);
     if (c.VScroll.max() == 0) return;
@@ -69,7 +63,7 @@ void Ctr_Zandorel::signalerDefauts() {
     if (defautsLus.empty()) return;
     const std::string message = defautsLus.message();
     defautsLus.clear();
-    host().MsgBox(message, toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
+    host().MsgBox(message, kStyleAvertissement, kTitreMessage);
 }
 
 void Ctr_Zandorel::Cmd_Affichage_Click() {
@@ -84,7 +78,7 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
             Etq_Aide.unloadAll();
             IndiceEtqMax = 0;
         }
-        TabTempoAide.renew();
+        Tables.renew(model::Pane::Aide);
         viderDefilement(*this);
     }
 
@@ -94,7 +88,7 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
     if (Mod.fichiers.TheDatabase) lecture.emplace(*Mod.fichiers.TheDatabase);
 
     // 3. The anomaly list belongs to the day on show.
-    TabTempoDetail.renew();
+    Tables.renew(model::Pane::Detail);
     TabAnomalies.renew();
     NbLignesAnomalies = 0;
 
@@ -110,8 +104,7 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
             lecture.reset();
         } else {
             lecture.reset();
-            host().MsgBox("Pas d'aidé à affecter pour cette date.",
-                          toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
+            host().MsgBox("Pas d'aidé à affecter pour cette date.", kStyleAvertissement, kTitreMessage);
         }
     } else {
         // 5.

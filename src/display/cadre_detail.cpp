@@ -39,10 +39,6 @@ bool egal(std::string_view a, std::string_view b) {
     return base::compareValues(a, b) == 0;
 }
 
-int entier(std::string_view texte) {
-    return static_cast<int>(base::roundHalfEven(base::toNumber(texte)));
-}
-
 // Rows of TabValidees, up to the first without a start: readers do not look behind a hole.
 std::int64_t lignesValidees(const model::WorkTable& validees) {
     std::int64_t n = 0;
@@ -56,7 +52,7 @@ std::int64_t placesRequises(const model::WorkTable& protocoles) {
     std::int64_t m = 0;
     for (std::int64_t r = 1; r <= protocoles->DCount(); ++r) {
         const std::string requis = protocoles(r, ColP::NbIntervenantsProtocole);
-        m += requis.empty() ? 1 : entier(requis);
+        m += requis.empty() ? 1 : base::toInteger(requis);
     }
     return m;
 }
@@ -125,7 +121,7 @@ std::string suffixeDePlaces(int nbIntervenantsTournee, bool validees, std::strin
 // Takes out of the waiting list what the detail rows hold. A pair, or a one-person intervention, or the
 // second person of a pair, leaves the list; a pair with both places free keeps one.
 void retirerPlacees(Ctr_Zandorel& c) {
-    model::WorkTable& aide = c.TabTempoAide;
+    const model::WorkTable& aide = c.TabTempoAide;
     const std::int64_t nd = c.TabTempoDetail->DCount();
     for (std::int64_t d = 1; d <= nd; ++d) {
         const std::string cle = c.TabTempoDetail(d, model::col::CleProtocole);
@@ -134,13 +130,12 @@ void retirerPlacees(Ctr_Zandorel& c) {
         const std::int64_t na = aide->DCount();
         for (std::int64_t a = 1; a <= na; ++a) {
             if (aide(a, model::col::CleProtocole) != cle) continue;
-            const std::string type = aide(a, model::col::TypeEtq);
-            const std::string dernier = base::Right(type, 1);
-            const auto longueur = static_cast<std::int64_t>(base::Len(type));
-            if (c.NbIntervenantsTournee == 2 || longueur == 1 || dernier == "1") {
-                aide->Delete(a);
+            const model::TypeEtq type = c.Tables.typeEtq(model::Pane::Aide, a);
+            const std::string dernier = base::Right(type.text(), 1);
+            if (c.NbIntervenantsTournee == 2 || base::Len(type.text()) == 1 || dernier == "1") {
+                c.Tables.remove(model::Pane::Aide, a);
             } else if (dernier == "2") {
-                aide->set(a, model::col::TypeEtq, base::Left(type, longueur - 1) + "1");
+                c.Tables.setTypeEtq(model::Pane::Aide, a, type.avecDerniereFigure('1'));
             }
         }
     }
@@ -193,10 +188,11 @@ void copierVersion(Ctr_Zandorel& c) {
             c.CompterActes(f.EnregSSIADPROTOCOLE, actesInfirmiers, autresActes);
             nature = natureDesActes(actesInfirmiers, autresActes);
         }
-        c.CouleurAjoutEtqLst(static_cast<int>(i), static_cast<int>(i), entier(base::Right(cleProtocole, 4)),
-                             entier(f.EnregSSIADPROTOCOLE(data::protocole::kBorneFin)),
-                             static_cast<int>(base::roundHalfEven(dureeMn)), 0, cleProtocole,
-                             nature + "|" + debut);
+        c.Tables.insertAt(model::Pane::Detail, i,
+                          {static_cast<int>(i), base::toInteger(base::Right(cleProtocole, 4)),
+                           base::toInteger(f.EnregSSIADPROTOCOLE(data::protocole::kBorneFin)),
+                           static_cast<int>(base::roundHalfEven(dureeMn)), 0, cleProtocole,
+                           model::TypeEtq::prevu(nature, "|", debut).text()});
     }
     // The count of waiting rows is compared with the empty text, which a count never equals: the flag is
     // always set on this path. Deliberate; drops on a past day are refused through it.
@@ -256,8 +252,8 @@ void Ctr_Zandorel::CadreDetailAvecTournee() {
         }
     } else if (depuisLaVersion > 0) {
         if (base::compareValues(jourDemande, aujourdhui) < 0) {
-            host().MsgBox("Tournée non définie pour cette date - accès impossible.",
-                          toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, "Message KORVELINE");
+            host().MsgBox("Tournée non définie pour cette date - accès impossible.", kStyleAvertissement,
+                          kTitreMessage);
         } else {
             ajusterVersion(*this, jourDemande);
         }
@@ -315,13 +311,13 @@ void Ctr_Zandorel::CadreDetail(const std::string& CodeAide, const std::string& C
         TabTourneeEnregistree->set(NbLignesDetail, 2, planifie.cleProtocole);
     }
     const std::int64_t r = *k;
-    CouleurAjoutEtqLst(
-        NbLignesDetail, NbLignesDetail, entier(TabProtocole(r, ColP::HeureDebut)),
-        entier(TabProtocole(r, ColP::HeureFin)), entier(TabProtocole(r, ColP::DureeMn)), 0,
-        TabProtocole(r, ColP::CleProtocole),
-        TabProtocole(r, ColP::TypeEtq) +
-            suffixeDePlaces(NbIntervenantsTournee, n > 0, TabProtocole(r, ColP::NbIntervenantsProtocole)) +
-            planifie.debut);
+    const std::string places =
+        suffixeDePlaces(NbIntervenantsTournee, n > 0, TabProtocole(r, ColP::NbIntervenantsProtocole));
+    Tables.insertAt(model::Pane::Detail, NbLignesDetail,
+                    {NbLignesDetail, base::toInteger(TabProtocole(r, ColP::HeureDebut)),
+                     base::toInteger(TabProtocole(r, ColP::HeureFin)),
+                     base::toInteger(TabProtocole(r, ColP::DureeMn)), 0, TabProtocole(r, ColP::CleProtocole),
+                     model::TypeEtq::prevu(TabProtocole(r, ColP::TypeEtq), places, planifie.debut).text()});
 }
 
 }  // namespace control

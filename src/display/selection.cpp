@@ -23,7 +23,6 @@ namespace caract = data::caracttournee;
 
 constexpr int kRetourArriere = 8, kTabulation = 9, kEntree = 13, kSuppr = 46, kBarre = 47;
 constexpr std::int64_t kLongueurCode = 3;
-const std::string kTitre = "Message KORVELINE";
 
 constexpr int kColCleTournee = 1, kColCleProtocole = 2;  // of TabTourneeEnregistree
 
@@ -88,7 +87,7 @@ bool lireTournee(Ctr_Zandorel& c, const std::string& code) {
 }
 
 void avertir(Ctr_Zandorel& c, const std::string& message) {
-    c.host().MsgBox(message, toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitre);
+    c.host().MsgBox(message, kStyleAvertissement, kTitreMessage);
 }
 
 void activerMatinSoir(Ctr_Zandorel& c, bool actif) {
@@ -116,8 +115,8 @@ std::string debutPrevu(const Ctr_Zandorel& c, std::int64_t j) {
 void viderEcran(Ctr_Zandorel& c) {
     if (c.Etq_Aide.Count() <= 1) return;
     c.DechargerEtiquettes();
-    c.TabTempoAide.release();
-    c.TabTempoDetail.release();
+    c.Tables.release(model::Pane::Aide);
+    c.Tables.release(model::Pane::Detail);
 }
 
 // Where the presence test, the change test and the question on saving leave one of the three handlers
@@ -150,8 +149,8 @@ void retourSansTournee(Ctr_Zandorel& c) {
     c.Cbo_Date.setVisible(false);
     c.Txt_Date.setVisible(true);
     c.Txt_Date.setText(c.DateSaisie.empty() ? c.clock().today().text() : c.DateSaisie);
-    c.TabTempoDetail.release();
-    c.TabTempoAide.release();
+    c.Tables.release(model::Pane::Detail);
+    c.Tables.release(model::Pane::Aide);
     c.TabAnomalies.release();
     c.Opt_Matin_Click();
 }
@@ -196,7 +195,7 @@ void choisirTournee(Ctr_Zandorel& c) {
     c.Cbo_Date.clear();
     c.Cbo_Date.setText("");
     c.Txt_Date.setVisible(false);
-    c.TabTempoDetail.release();
+    c.Tables.release(model::Pane::Detail);
     c.TabAnomalies.release();
     // 6.
     if (c.Etq_Aide.Count() > 1) c.DechargerEtiquettes();
@@ -222,7 +221,7 @@ void ouvrirTourneeAffectation(Ctr_Zandorel& c) {
     for (toolkit::Control* fige : std::initializer_list<toolkit::Control*>{
              &c.Txt_Date, &c.Cmd_Affichage, &c.Cbo_Tournee, &c.Txt_CodeTournee})
         fige->setEnabled(false);
-    c.TabTempoDetail.release();
+    c.Tables.release(model::Pane::Detail);
     c.TabAnomalies.release();
     // 4. Only the label being assigned stays usable.
     if (c.Etq_Aide.Count() > 1) {
@@ -371,7 +370,7 @@ void Ctr_Zandorel::Cbo_Date_LostFocus() {
 void Ctr_Zandorel::Txt_Date_Change() {
     if (Etq_Aide.Count() > 1) {
         DechargerEtiquettes();
-        TabTempoAide.release();
+        Tables.release(model::Pane::Aide);
     }
     Cmd_Affichage.setEnabled(!Txt_Date.text().empty());
 }
@@ -434,7 +433,7 @@ bool Ctr_Zandorel::TourneeModifiee(bool compterLignes) {
 
 int Ctr_Zandorel::DemandeEnregistrement() {
     return host().MsgBox("Voulez-vous enregistrer les modifications apportées à cette tournée ?",
-                         toolkit::msgbox::kYesNoCancel | toolkit::msgbox::kExclamation, kTitre);
+                         toolkit::msgbox::kYesNoCancel | toolkit::msgbox::kExclamation, kTitreMessage);
 }
 
 void Ctr_Zandorel::DechargerEtiquettes() {

@@ -1,5 +1,5 @@
-#include <climits>
 #include <cstdint>
+#include <optional>
 
 #include "base/text.h"
 #include "model/labels.h"
@@ -14,10 +14,9 @@ namespace {
 
 // The label of row i of TabTempoDetail, through NumEtq; nullptr when none is loaded for it.
 toolkit::Label* etiquetteDeLigne(Ctr_Zandorel& c, std::int64_t i) {
-    const std::int64_t index =
-        base::roundHalfEven(base::toNumber(c.TabTempoDetail->view(i, model::col::NumEtq)));
-    if (index < 1 || index > INT_MAX || !c.Etq_Aide.exists(static_cast<int>(index))) return nullptr;
-    return &c.Etq_Aide(static_cast<int>(index));
+    const std::optional<int> index = c.Tables.labelOfRow(model::Pane::Detail, i);
+    if (!index || !c.Etq_Aide.exists(*index)) return nullptr;
+    return &c.Etq_Aide(*index);
 }
 
 double cellule(const Ctr_Zandorel& c, std::int64_t i, int colonne) {
@@ -30,7 +29,7 @@ void Ctr_Zandorel::Cmd_Enchainement_Click() {
     // 1.
     if (TourneeAnterieure) {
         host().MsgBox("Enchaînement impossible : date de la tournée antérieure à la date du jour.",
-                      toolkit::msgbox::kExclamation, "Message KORVELINE");
+                      kStyleAvertissement, kTitreMessage);
         return;
     }
     // Before any display there is no tournée to chain, as with an empty one.
@@ -50,7 +49,7 @@ void Ctr_Zandorel::Cmd_Enchainement_Click() {
         if (fin >= cellule(*this, i + 1, model::col::TopEtq)) continue;
 
         // 2.4
-        TabTempoDetail->set(i + 1, model::col::TopEtq, base::numberText(fin));
+        Tables.setTopEtq(model::Pane::Detail, i + 1, fin);
         toolkit::Label* suivante = etiquetteDeLigne(*this, i + 1);
         if (!suivante) continue;  // a row shown by no label has no place or start to change
         suivante->setTop(fin);

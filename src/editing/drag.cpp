@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "model/clock.h"
 #include "model/labels.h"
+#include "model/panes.h"
 #include "model/scales.h"
 #include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
@@ -21,9 +22,6 @@ constexpr int kPointeurDeplacement = 5;
 // RGB(255, 0, 0), red in the low byte.
 constexpr toolkit::Colour kRouge = 0x0000FF;
 
-// Where a dragged label's left and top must stand for the time to be shown. Deliberately wider than
-// the zone where a drop is accepted: the feedback may show a time for a place the drop then refuses.
-constexpr double kRetourGauche = 200, kRetourDroite = 4500, kRetourHaut = 750, kRetourBas = 6340;
 // The time stands this much above the label's top edge, beside the scale.
 constexpr double kHoraireAuDessus = 105;
 
@@ -99,7 +97,8 @@ void Ctr_Zandorel::SuivreHoraireEtiquette(float X, float Y) {
     const double T = static_cast<double>(Y) - DecalageSourisY;
 
     // 1.
-    if (L < kRetourGauche || L > kRetourDroite || T < kRetourHaut || T > kRetourBas) {
+    const model::Zone& zone = model::kZoneHoraire;
+    if (L < zone.gauche || L > zone.droite || T < zone.haut || T > zone.bas) {
         Etq_Horaire.setVisible(false);
         return;
     }

@@ -18,26 +18,8 @@ namespace control {
 
 namespace {
 
-constexpr const char* kTitre = "Message KORVELINE";
-constexpr int kStyle = toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation;
-
 // A drop this close to the grab offset, both ways, is no move.
 constexpr double kSeuilDeplacement = 200;
-// Where a label of pane "DETAIL" goes back to pane "AIDE" (its left and top).
-constexpr double kRetourGauche = 5295, kRetourDroite = 11000, kRetourHaut = 1110, kRetourBas = 5910;
-// Where a label lands in pane "DETAIL". Narrower than where the feedback shows a time, and the bottom
-// counts the label's height.
-constexpr double kPoseGauche = 200, kPoseDroite = 4230, kPoseHaut = 750, kPoseBas = 6355;
-constexpr double kLargeurDetail = 4230;
-
-int entier(std::string_view texte) {
-    return static_cast<int>(base::roundHalfEven(base::toNumber(texte)));
-}
-
-// The last figure of an act for two: "2" none placed yet, "1" one placed; '\0' for an act for one.
-char figure(const std::string& typeEtq) {
-    return base::Len(typeEtq) > 1 ? base::Right(typeEtq, 1)[0] : '\0';
-}
 
 struct Aide {
     std::string code, nom, prenom;
@@ -54,10 +36,10 @@ struct Comptage {
 // time shared with that one; true when the drop may go on.
 bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, const std::string& cle, int minutes, bool depuisAide) {
     // 1.
-    if (depuisAide && Ctr_Zandorel::chercherLigne(c.TabTempoDetail, model::col::CleProtocole, cle) != 0) {
+    if (depuisAide && c.Tables.findByKey(model::Pane::Detail, cle) != 0) {
         c.Etq_Horaire.setVisible(false);
         c.host().MsgBox("Déplacement impossible : cette intervention est déjà affectée à cette tournée.",
-                        kStyle, kTitre);
+                        kStyleAvertissement, kTitreMessage);
         return false;
     }
     // 2.
@@ -86,7 +68,7 @@ bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, const std::string& cle, int mi
     c.host().MsgBox("Déplacement impossible : un intervenant est déjà prévu dans la tournée " + code + " (" +
                         f.EnregSSIADCARACTTOURNEE(data::caracttournee::kLibelle) + ") de " +
                         Ctr_Zandorel::heureDepot(debutAutre) + " à " + Ctr_Zandorel::heureDepot(finAutre),
-                    kStyle, kTitre);
+                    kStyleAvertissement, kTitreMessage);
     return false;
 }
 
@@ -94,7 +76,8 @@ bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, const std::string& cle, int mi
 // Deliberately without the blank and the suffix that the display writes behind the minutes.
 Comptage libelleDetail(const Aide& aide, int minutes, const std::string& linkItem, int dureeMn) {
     const std::string duree = base::numberText(minutes) + "mn";
-    const std::string fin = Ctr_Zandorel::heureDepot(entier(base::Left(linkItem, 4)) + dureeMn * 10.0 / 6);
+    const std::string fin =
+        Ctr_Zandorel::heureDepot(base::toInteger(base::Left(linkItem, 4)) + dureeMn * 10.0 / 6);
     return {aide.nom + " " + aide.prenom + " " + duree,
             aide.code + " - " + aide.nom + " " + aide.prenom + " - " +
                 Ctr_Zandorel::heureDepot(base::toNumber(linkItem)) + " à " + fin + " = " + duree};
@@ -121,7 +104,7 @@ void chargerMoitie(Ctr_Zandorel& c, std::int64_t r, const Aide& aide, double anc
     look.toolTip = model::toolTipAide(facts);
     look.backColor = model::colourNumber(
         model::couleurParType(typeEtq, c.CouleurInfirmier, c.CouleurSoignant, c.CouleurMixte));
-    toolkit::Label& moitie = c.Etq_Aide.Load(entier(t(r, model::col::NumEtq)));
+    toolkit::Label& moitie = c.Etq_Aide.Load(base::toInteger(t(r, model::col::NumEtq)));
     model::applyLook(moitie, look);
     moitie.setVisible(true);
 }
@@ -129,15 +112,15 @@ void chargerMoitie(Ctr_Zandorel& c, std::int64_t r, const Aide& aide, double anc
 // What becomes of an act for two that leaves pane "AIDE" for the tournée (r its row there, typeEtq its
 // column 7, rewritten here). Gives the wording of the placed label when it changes, and whether a waiting
 // half was made.
-Comptage compterIntervenants(Ctr_Zandorel& c, std::int64_t r, std::string& typeEtq, const Comptage& detail,
+Comptage compterIntervenants(Ctr_Zandorel& c, std::int64_t r, model::TypeEtq& typeEtq, const Comptage& detail,
                              const Aide& aide, bool aideLu, double ancienLeft, double ancienneLargeur) {
-    const char f = figure(typeEtq);
-    const std::string un = base::Left(typeEtq, 2) + "1";
+    const char f = typeEtq.figure();
+    const model::TypeEtq un = typeEtq.avecFigure('1');
     if (c.NbIntervenantsTournee == 2) {
         // Both intervenants are in this tournée: the row leaves the waiting list.
         if (f != '2') return detail;
         typeEtq = un;
-        c.TabTempoAide->set(r, model::col::TypeEtq, typeEtq);
+        c.Tables.setTypeEtq(model::Pane::Aide, r, typeEtq);
         return {detail.caption + "    ", detail.toolTip, true};
     }
     const Comptage unSurDeux{detail.caption + " 1/2", detail.toolTip + " - 1/2", true};
@@ -149,12 +132,7 @@ Comptage compterIntervenants(Ctr_Zandorel& c, std::int64_t r, std::string& typeE
     // The split. Deliberately the dragged label's row stays in TabTempoAide right behind the new half,
     // ending in 1 like it: closing the waiting list skips both rows, and a return finds the new half first.
     typeEtq = un;
-    c.TabTempoAide->set(r, model::col::TypeEtq, typeEtq);
-    const mvdb::DynamicRecord& t = *c.TabTempoAide;
-    c.AjoutEtqAide(static_cast<int>(r), ++c.IndiceEtqMax, entier(t(r, model::col::HeureDebut)),
-                   entier(t(r, model::col::HeureFin)), entier(t(r, model::col::DureeMn)),
-                   entier(t(r, model::col::TopEtq)), t(r, model::col::CleProtocole), typeEtq);
-    chargerMoitie(c, r, aide, ancienLeft, ancienneLargeur);
+    chargerMoitie(c, c.Tables.split(r, ++c.IndiceEtqMax), aide, ancienLeft, ancienneLargeur);
     return {unSurDeux.caption, unSurDeux.toolTip, true, true};
 }
 
@@ -168,15 +146,6 @@ std::string Ctr_Zandorel::heureDepot(double centiemes) {
     const std::string hhmm =
         base::zeroPad(base::roundHalfEven(model::CentiemesVersHeure(centiemes / 100) * 100), 4);
     return base::Left(hhmm, 2) + "h" + base::Right(hhmm, 2);
-}
-
-std::int64_t Ctr_Zandorel::chercherLigne(const model::WorkTable& table, int colonne,
-                                         const std::string& valeur) {
-    const std::int64_t n = table->DCount();
-    for (std::int64_t i = 1; i <= n; ++i) {
-        if (base::compareValues(table(i, colonne), valeur) == 0) return i;
-    }
-    return 0;
 }
 
 void Ctr_Zandorel::RechercheTourneesIntervenant(const std::string& cle, bool& trouve) {
@@ -200,8 +169,8 @@ void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
         std::fabs(DecalageSourisY - static_cast<double>(Y)) < kSeuilDeplacement)
         return;
     // A drop with no label taken from either pane behind it makes no move either.
-    const bool depuisAide = PanneauSource == model::kPaneAide;
-    if ((!depuisAide && PanneauSource != model::kPaneDetail) || IndiceEtqCourante < 1 ||
+    const bool depuisAide = PanneauSource == model::Pane::Aide;
+    if ((!depuisAide && PanneauSource != model::Pane::Detail) || IndiceEtqCourante < 1 ||
         !Etq_Aide.exists(IndiceEtqCourante))
         return;
 
@@ -212,29 +181,32 @@ void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
     // 3.
     if (TourneeAnterieure) {
         Etq_Horaire.setVisible(false);
-        host().MsgBox("Déplacement impossible : date de la tournée antérieure à la date du jour.", kStyle,
-                      kTitre);
+        host().MsgBox("Déplacement impossible : date de la tournée antérieure à la date du jour.",
+                      kStyleAvertissement, kTitreMessage);
         return;
     }
 
     // 4. The return zone. A refusal here does not end the routine: the placement test below ends it.
-    if (!depuisAide && L >= kRetourGauche && L <= kRetourDroite && T >= kRetourHaut && T <= kRetourBas) {
+    const model::Zone& retour = model::kZoneRetourAide;
+    if (!depuisAide && L >= retour.gauche && L <= retour.droite && T >= retour.haut && T <= retour.bas) {
         if (Mod.FlagAffectationEnCours) {
-            host().MsgBox("Déplacement impossible.", kStyle, kTitre);
+            host().MsgBox("Déplacement impossible.", kStyleAvertissement, kTitreMessage);
         } else {
             renvoyerEnAide(IndiceEtqCourante, RetourPar::Depot);
         }
     }
 
     // 5.
-    if (L < kPoseGauche || L > kPoseDroite || T < kPoseHaut || T + H > kPoseBas) {
+    const model::Zone& pose = model::kZonePoseDetail;
+    if (L < pose.gauche || L > pose.droite || T < pose.haut || T + H > pose.bas) {
         Etq_Horaire.setVisible(false);
         return;
     }
 
     // 6.
     if (SansTournee) {
-        host().MsgBox("Déplacement impossible : aucune tournée selectionnée.", kStyle, kTitre);
+        host().MsgBox("Déplacement impossible : aucune tournée selectionnée.", kStyleAvertissement,
+                      kTitreMessage);
         Etq_Horaire.setVisible(false);
         return;
     }
@@ -247,7 +219,7 @@ void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
     DecalageImpossible = false;
     if (Mod.FlagAffectationEnCours) {
         TabTempoDecale.renew();
-        TabTempoDecale->setText(TabTempoDetail->text());
+        TabTempoDecale->setText(Tables.detail()->text());
         TrierTabTempoDetail(IndiceEtqCourante, position, false);
         VerifEtqDecale(IndiceEtqCourante, H, position);
         TabTempoDecale.release();
@@ -255,29 +227,29 @@ void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
 
     // 9.
     if (DecalageImpossible) {
-        host().MsgBox("Déplacement impossible, vous ne pouvez pas décaler les aidés.", kStyle, kTitre);
+        host().MsgBox("Déplacement impossible, vous ne pouvez pas décaler les aidés.", kStyleAvertissement,
+                      kTitreMessage);
         Etq_Horaire.setVisible(false);
         return;
     }
 
     // 10.
-    const std::string indice = base::numberText(IndiceEtqCourante);
-    model::WorkTable& origine = depuisAide ? TabTempoAide : TabTempoDetail;
-    const std::int64_t r = chercherLigne(origine, model::col::NumEtq, indice);
-    const int c2 = entier(origine(r, model::col::HeureDebut)), c3 = entier(origine(r, model::col::HeureFin));
-    const int c4 = entier(origine(r, model::col::DureeMn));
-    const std::string c6 = origine(r, model::col::CleProtocole);
-    std::string K = origine(r, model::col::TypeEtq);
+    const model::Pane origine = depuisAide ? model::Pane::Aide : model::Pane::Detail;
+    const std::int64_t r = Tables.findByLabel(origine, IndiceEtqCourante);
+    model::LabelRow ligne = Tables.row(origine, r);
+    const int c4 = ligne.DureeMn;
+    const std::string c6 = ligne.CleProtocole;
+    model::TypeEtq K(ligne.TypeEtq);
 
     // 11.
-    if (NbIntervenantsTournee != 2 && figure(K) == '1' && !regleR5(*this, database(), c6, c4, depuisAide))
+    if (NbIntervenantsTournee != 2 && K.figure() == '1' && !regleR5(*this, database(), c6, c4, depuisAide))
         return;
 
     // 12.
     toolkit::Label& etiquette = Etq_Aide(IndiceEtqCourante);
     const double ancienLeft = static_cast<double>(base::roundHalfEven(etiquette.left()));
     const double ancienneLargeur = static_cast<double>(base::roundHalfEven(etiquette.width()));
-    etiquette.setGeometry(model::kLeftDetail, T, kLargeurDetail, H);
+    etiquette.setGeometry(model::kLeftDetail, T, model::kLargeurDetail, H);
     etiquette.setLinkItem(
         base::numberText(model::HeureVersCentiemes(base::toNumber(Etq_Horaire.caption())) * 100));
     // Deliberately the plain difference of the H.MM bounds. A label long enough keeps its font.
@@ -304,7 +276,7 @@ void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
     // 15.
     bool moitie = false;
     if (!depuisAide) {
-        TabTempoDetail->Delete(r);
+        Tables.moveInDetail(IndiceEtqCourante, position);
     } else {
         const Comptage compte =
             compterIntervenants(*this, r, K, detail, aide, aideLu, ancienLeft, ancienneLargeur);
@@ -313,21 +285,23 @@ void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
             etiquette.setToolTipText(compte.toolTip);
         }
         moitie = compte.moitie;
+        ligne.NumEtq = IndiceEtqCourante;
+        ligne.TopEtq = position;
+        ligne.TypeEtq = K.text();
+        Tables.insertByPosition(ligne);
     }
-    TriCouleurEtq(IndiceEtqCourante, c2, c3, c4, position, c6, K);
 
     // 16. Closing the waiting list. A row still waiting for its second intervenant stays, though the rows
     // from it on move up all the same. A label of those rows that stands in the tournée (the one dropped,
     // or the placed half of a split act) keeps its place there.
     if (depuisAide && !moitie) {
-        std::int64_t i = chercherLigne(TabTempoAide, model::col::NumEtq, indice);
+        const std::int64_t i = Tables.findByLabel(model::Pane::Aide, IndiceEtqCourante);
         if (i != 0) {
-            if (figure(TabTempoAide(i, model::col::TypeEtq)) != '2') TabTempoAide->Delete(i);
-            for (; i <= TabTempoAide->DCount(); ++i) {
-                const double top = base::toNumber(TabTempoAide(i, model::col::TopEtq)) - HauteurEtq;
-                TabTempoAide->set(i, model::col::TopEtq, base::numberText(top));
-                const int l = entier(TabTempoAide(i, model::col::NumEtq));
-                if (Etq_Aide.exists(l) && Etq_Aide(l).left() != model::kLeftDetail) Etq_Aide(l).setTop(top);
+            Tables.closeLine(i, HauteurEtq);
+            for (std::int64_t j = i; j <= TabTempoAide->DCount(); ++j) {
+                const int l = base::toInteger(TabTempoAide(j, model::col::NumEtq));
+                if (Etq_Aide.exists(l) && Etq_Aide(l).left() != model::kLeftDetail)
+                    Etq_Aide(l).setTop(base::toNumber(TabTempoAide(j, model::col::TopEtq)));
             }
         }
     } else if (!depuisAide) {

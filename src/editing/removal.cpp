@@ -4,6 +4,7 @@
 // assignment dialog sent there. Nothing is written to the database here.
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <vector>
 
 #include "base/text.h"
@@ -14,66 +15,28 @@
 namespace control {
 namespace {
 
-// Rows that the pane of aidés shows at once; more need the scroll bar.
-constexpr std::int64_t kLignesVisibles = 7;
-constexpr std::int64_t kLongueurCleProtocole = data::protocole::kLongueurCle;
-
-int entier(const std::string& texte) {
-    return static_cast<int>(base::roundHalfEven(base::toNumber(texte)));
-}
-
 // TypeEtq of the label going back. In pane "AIDE" the figure of a two-person label counts the free
 // places: a tournée of two frees both, a tournée of one the place it held. A one-person label keeps its
-// kind alone whatever the tournée; only a two-person label is ever sent to a tournée of two.
-std::string typeRendu(const std::string& typeEtq, int nbIntervenantsTournee) {
-    if (base::Len(typeEtq) <= 1) return typeEtq;
-    if (nbIntervenantsTournee == 2) return base::Left(typeEtq, 2) + "2";
-    return base::Left(typeEtq, 2) + "1";
-}
-
-// The look of pane "AIDE" for row i, with the name the civil record buffer holds.
-model::LabelLook lookAide(const Ctr_Zandorel& c, std::int64_t i) {
-    const data::FichiersSSIAD& f = c.Mod.fichiers;
-    return model::lookAide(*c.TabTempoAide, i, f.EnregCIVILAIDE(data::civilaide::kNom),
-                           f.EnregCIVILAIDE(data::civilaide::kPrenom),
-                           {model::HeureVersCentiemes(c.HeureDebutEchelle), c.PasQuartHeure}, c.HauteurEtq,
-                           {c.CouleurInfirmier, c.CouleurSoignant, c.CouleurMixte});
+// kind alone whatever the tournée; only a two-person label is ever sent to a tournée of two. Unlike the
+// drop and the push, the removal asks no other tournée.
+model::TypeEtq typeRendu(const model::TypeEtq& type, int nbIntervenantsTournee) {
+    if (!type.pourDeuxPersonnes()) return type;
+    return type.avecFigure(nbIntervenantsTournee == 2 ? '2' : '1');
 }
 
 // Lays out the label of each row of TabTempoAide from `premiere` to `derniere` by the rules of pane
-// "AIDE", on the line its row number gives, and writes the new Top back to the row. A label whose aidé
-// has no civil record keeps its caption and tooltip.
+// "AIDE", on the line its row number gives. A label whose aidé has no civil record keeps its caption and
+// tooltip.
 void placerEtiquettesAide(Ctr_Zandorel& c, std::int64_t premiere, std::int64_t derniere) {
     data::FichiersSSIAD& f = c.Mod.fichiers;
     for (std::int64_t i = premiere; i <= derniere; ++i) {
-        const int index = entier(c.TabTempoAide(i, model::col::NumEtq));
-        if (index < 1 || !c.Etq_Aide.exists(index)) continue;
-        toolkit::Label& etiquette = c.Etq_Aide(index);
+        const std::optional<int> index = c.Tables.labelOfRow(model::Pane::Aide, i);
+        if (!index || !c.Etq_Aide.exists(*index)) continue;
         const std::string code = model::codeAideOf(c.TabTempoAide(i, model::col::CleProtocole));
         const bool civil = data::LireEnregistrement(*f.CIVILAIDE, f.EnregCIVILAIDE, code);
-        model::LabelLook look = lookAide(c, i);
-        if (!civil) {
-            look.caption = etiquette.caption();
-            look.toolTip = etiquette.toolTipText();
-        }
-        model::applyLook(etiquette, look);
-        c.TabTempoAide->set(i, model::col::TopEtq, base::numberText(etiquette.top()));
+        c.habillerEtiquetteAide(c.Etq_Aide(*index), i,
+                                civil ? Ctr_Zandorel::Textes::Refaits : Ctr_Zandorel::Textes::Gardes);
     }
-}
-
-// Row a of TabTempoAide, the half that still waits, becomes the label of both places again; the label
-// that was assigned goes.
-void joindreMoities(Ctr_Zandorel& c, std::int64_t a) {
-    data::FichiersSSIAD& f = c.Mod.fichiers;
-    c.TabTempoAide->set(a, model::col::TypeEtq, base::Left(c.TabTempoAide(a, model::col::TypeEtq), 2) + "2");
-    const int index = entier(c.TabTempoAide(a, model::col::NumEtq));
-    const std::string code = model::codeAideOf(c.TabTempoAide(a, model::col::CleProtocole));
-    if (c.Etq_Aide.exists(index) && data::LireEnregistrement(*f.CIVILAIDE, f.EnregCIVILAIDE, code)) {
-        const model::LabelLook look = lookAide(c, a);
-        c.Etq_Aide(index).setCaption(look.caption);
-        c.Etq_Aide(index).setToolTipText(look.toolTip);
-    }
-    if (c.Etq_Aide.exists(c.IndiceEtqAffectee)) c.Etq_Aide.Unload(c.IndiceEtqAffectee);
 }
 
 }  // namespace
@@ -96,19 +59,18 @@ void Ctr_Zandorel::EnleveAffectationTournee(bool SansRetour) {
     ChargerEtiquetteHeuresDetail(HeureDebutEchelle, HeureFinEchelle);
 
     // 3, 4. A label not placed yet has nothing to give back.
-    const std::int64_t d =
-        SansRetour || !TabTempoDetail.exists()
-            ? 0
-            : chercherLigne(TabTempoDetail, model::col::NumEtq, base::numberText(IndiceEtqAffectee));
-    const std::string typeEtq = d > 0 ? TabTempoDetail(d, model::col::TypeEtq) : "";
-    if (d > 0 && !TabTempoAide.exists()) TabTempoAide.renew();
+    const std::int64_t d = SansRetour || !TabTempoDetail.exists()
+                               ? 0
+                               : Tables.findByLabel(model::Pane::Detail, IndiceEtqAffectee);
+    const model::TypeEtq typeEtq = d > 0 ? Tables.typeEtq(model::Pane::Detail, d) : model::TypeEtq();
+    if (d > 0 && !TabTempoAide.exists()) Tables.renew(model::Pane::Aide);
 
     // 5, 6. A half whose other place still waits joins it: nothing is added.
     std::int64_t a = 0;
-    if (d > 0 && NbIntervenantsTournee != 2 && base::Len(typeEtq) > 1 && base::Right(typeEtq, 1) == "1") {
-        a = chercherLigne(TabTempoAide, model::col::CleProtocole,
-                          base::Left(TabTempoDetail(d, model::col::CleProtocole), kLongueurCleProtocole));
-        if (a > 0) joindreMoities(*this, a);
+    if (d > 0 && NbIntervenantsTournee != 2 && typeEtq.figure() == '1') {
+        a = Tables.findByKey(model::Pane::Aide, base::Left(TabTempoDetail(d, model::col::CleProtocole),
+                                                           data::protocole::kLongueurCle));
+        if (a > 0) joindreMoities(a, IndiceEtqAffectee, RetourPar::Retrait);
     }
 
     // 7. The row goes back in start order. The three places it can take differ only by the lines laid
@@ -116,18 +78,14 @@ void Ctr_Zandorel::EnleveAffectationTournee(bool SansRetour) {
     if (d > 0 && a == 0) {
         const bool vide = TabTempoAide->text().empty();
         const std::int64_t n = TabTempoAide->DCount();
-        const int ligne = InsererDansTabTempoAide(
-            entier(TabTempoDetail(d, model::col::NumEtq)), entier(TabTempoDetail(d, model::col::HeureDebut)),
-            entier(TabTempoDetail(d, model::col::HeureFin)), entier(TabTempoDetail(d, model::col::DureeMn)),
-            entier(TabTempoDetail(d, model::col::TopEtq)), TabTempoDetail(d, model::col::CleProtocole),
-            typeRendu(typeEtq, NbIntervenantsTournee));
+        const std::int64_t ligne =
+            Tables.sendBack(IndiceEtqAffectee, typeRendu(typeEtq, NbIntervenantsTournee));
         if (vide || ligne > n) {
             placerEtiquettesAide(*this, ligne, ligne);
         } else {
             placerEtiquettesAide(*this, 1, TabTempoAide->DCount());
         }
-        const std::int64_t lignes = TabTempoAide->DCount();
-        VScroll.setMax(lignes > kLignesVisibles ? static_cast<int>(lignes) : 0);
+        VScroll.setMax(Tables.scrollMax());
         VScroll.setVisible(VScroll.max() != 0);
     }
 
@@ -145,7 +103,7 @@ void Ctr_Zandorel::EnleveAffectationTournee(bool SansRetour) {
         Etq_Aide.Unload(index);
 
     // 9.
-    TabTempoDetail.renew();
+    Tables.renew(model::Pane::Detail);
     Cmd_Sortir.setCaption("Sortir");
     Mod.FlagAffectationEnCours = false;
 }

@@ -21,7 +21,6 @@
 namespace control {
 namespace {
 
-constexpr const char* kTitreMessage = "Message KORVELINE";
 constexpr const char* kQuestionAutrePoste =
     "Cette tournée a été modifiée sur un autre poste depuis son affichage. Voulez-vous remplacer sa version "
     "par la vôtre ?";
@@ -128,7 +127,7 @@ std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jou
         ValidationAnomalies = false;
         host().MsgBox("La tournée n'a pas pu être enregistrée : " + std::string(e.what()) +
                           "\r\nLa tournée enregistrée n'a pas été modifiée.",
-                      toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
+                      kStyleAvertissement, kTitreMessage);
     }
     return std::nullopt;
 }
@@ -237,8 +236,8 @@ void Ctr_Zandorel::Cmd_Ok_Click() {
 
 void Ctr_Zandorel::ReinitialiserEcran() {
     if (Etq_Aide.Count() > 1) DechargerEtiquettes();
-    TabTempoAide.release();
-    TabTempoDetail.release();
+    Tables.release(model::Pane::Aide);
+    Tables.release(model::Pane::Detail);
     Txt_CodeTournee.setText("");
     Txt_CodeTournee.setFocus();
 }

@@ -35,8 +35,8 @@ void Ctr_Zandorel::Cmd_Sortir_Click() {
     // 2. The button reads "Annuler": it drops the tournée on show without a question, on purpose.
     if (JourneeAffichee) {
         if (Etq_Aide.Count() > 1) DechargerEtiquettes();
-        TabTempoAide.release();
-        TabTempoDetail.release();
+        Tables.release(model::Pane::Aide);
+        Tables.release(model::Pane::Detail);
         Txt_CodeTournee.setText("");
         Cmd_Sortir.setCaption("Sortir");
         Txt_CodeTournee.setFocus();

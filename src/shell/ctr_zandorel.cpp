@@ -380,8 +380,10 @@ void Ctr_Zandorel::finCommandeLongue() {
 }
 
 void Ctr_Zandorel::UserControl_Terminate() {
-    for (model::WorkTable* table : {&TabAnomalies, &TabTourneeEnregistree, &TabTempoAide, &TabTempoDetail,
-                                    &TabValidees, &TabProtocole, &TabTempoDecale}) {
+    Tables.release(model::Pane::Aide);
+    Tables.release(model::Pane::Detail);
+    for (model::WorkTable* table :
+         {&TabAnomalies, &TabTourneeEnregistree, &TabValidees, &TabProtocole, &TabTempoDecale}) {
         table->release();
     }
     DroitsElement.reset();

@@ -8,11 +8,13 @@
 #include "data/conversion.h"
 #include "data/gateway.h"
 #include "data/record_checks.h"
+#include "model/label_tables.h"
 #include "model/working_table.h"
 #include "shell/droits.h"
 #include "toolkit/control_array.h"
 #include "toolkit/controls.h"
 #include "toolkit/form.h"
+#include "toolkit/host.h"
 #include "toolkit/printer.h"
 
 namespace base {
@@ -26,6 +28,11 @@ class Host;
 // subsystems (shell, display, editing, saving, printing, companions), which together are one library:
 // they share this instance's state and call one another as the screen requires.
 namespace control {
+
+// The title of every message box of the screen.
+inline constexpr const char* kTitreMessage = "Message KORVELINE";
+// A warning the user acknowledges: the exclamation icon and the one button OK.
+inline constexpr int kStyleAvertissement = toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation;
 
 // What all routines and forms of one control share. It belongs to the instance: two controls, or two
 // tests, never share it.
@@ -118,7 +125,8 @@ public:
     int DerniereValeurScroll = 0;
     int IndiceEtqMax = 0;
     int IndiceEtqCourante = 0;
-    std::string PanneauSource;
+    // The pane of the label taken last; its text is what the drag code keeps.
+    model::Pane PanneauSource = model::Pane::None;
     bool SansTournee = false;
     bool TourneeAnterieure = false;
     int NbIntervenantsTournee = 0;
@@ -132,8 +140,10 @@ public:
     Usage usage = Usage::Ecran;
 
     mvdb::DynamicRecord RequeteTournees;
-    model::WorkTable TabTempoAide{"TabTempoAide"};
-    model::WorkTable TabTempoDetail{"TabTempoDetail"};
+    // The two label tables. Every change to them goes through their owner; the names read them.
+    model::LabelTables Tables;
+    const model::WorkTable& TabTempoAide = Tables.aide();
+    const model::WorkTable& TabTempoDetail = Tables.detail();
     model::WorkTable TabAnomalies{"TabAnomalies"};
     model::WorkTable TabTourneeEnregistree{"TabTourneeEnregistree"};
     model::WorkTable TabValidees{"TabValidees"};
@@ -167,6 +177,15 @@ public:
     toolkit::Label& creerEtiquetteAide(int i);
     // Row i of TabTempoDetail: the planned start at the end of TypeEtq moves to the label's LinkItem.
     toolkit::Label& creerEtiquetteDetail(int i);
+    // Lays out `label` as row i of TabTempoAide by the display's rules, with the aidé's name the civil
+    // record buffer holds, and writes its Top back to the row. With Textes::Gardes its caption and tooltip
+    // stay as they are (a removal whose aidé has no civil record).
+    enum class Textes { Refaits, Gardes };
+    void habillerEtiquetteAide(toolkit::Label& label, std::int64_t i, Textes textes);
+    // Where the scales start and how long a quarter is, as the labels' geometry takes them.
+    model::ScaleRef echelleRef() const;
+    // The three kind colours of waiting labels.
+    model::KindColours couleursNatures() const;
 
     // ---- Selection of a tournée and a date (display/selection.cpp).
     void RequeteTournee();
@@ -227,11 +246,6 @@ public:
     };
 
 private:
-    // Inserts a row into TabTempoAide where HeureDebut keeps the table rising, behind the rows of equal
-    // start, and gives its row number: 1 in an empty table, DCount after an append, otherwise the
-    // first row that starts later, whose rows below it moved down.
-    int InsererDansTabTempoAide(int NumEtq, int HeureDebut, int HeureFin, int DureeMn, int TopEtq,
-                                const std::string& CleProtocole, const std::string& TypeEtq);
     // The sector filter of a shown tournée: reads SSIADELEMGEST `cleElemGest` and SSIADCARACTTOURNEE of
     // Txt_CodeTournee into their buffers; true when both exist and the aidé's sector (attribute 23) is
     // one of the tournée's (attribute 8).
@@ -261,10 +275,9 @@ public:
     // A time in hundredths as HHhMM, all of it through CentiemesVersHeure (899 reads "09h00"), as the
     // drop writes it; the display cuts the hour and the minutes apart.
     static std::string heureDepot(double centiemes);
-    // The first row of `table` whose column `colonne` equals `valeur`; 0 when none does.
-    static std::int64_t chercherLigne(const model::WorkTable& table, int colonne, const std::string& valeur);
-    // The drop and the push send a label back to pane "AIDE" each its own way: whose way it is.
-    enum class RetourPar { Depot, Decalage };
+    // The drop, the push and the removal of an assignment send a label back to pane "AIDE" each its own
+    // way: whose way it is.
+    enum class RetourPar { Depot, Decalage, Retrait };
 
 private:
     // What the drop and the push share (editing/drop.cpp, editing/shifting.cpp).
@@ -272,6 +285,9 @@ private:
     // half of an act for two joins the half that waits and the label is unloaded. The row leaves
     // TabTempoDetail, and pane "DETAIL" is painted again.
     void renvoyerEnAide(int index, RetourPar par);
+    // The half of an act for two that waits on row `a` of TabTempoAide takes both places again and shows
+    // "0/2", worded the way `par` words it; the label `rendue` of the half that came back is unloaded.
+    void joindreMoities(std::int64_t a, int rendue, RetourPar par);
     // Lays out the label of row `ligne` of TabTempoAide on that line; false when the aidé's record cannot
     // be read, which ends the layout of the rows after it.
     bool PlacerEtqAide(std::int64_t ligne, RetourPar par);

@@ -14,8 +14,8 @@ struct Pile : testing_support::SmallService {
         aide("00012", "DUPONT");
         start();
         c.PasQuartHeure = 105;
-        c.TabTempoDetail.renew();
-        c.TabTempoAide.renew();
+        c.Tables.renew(model::Pane::Detail);
+        c.Tables.renew(model::Pane::Aide);
     }
     int poser(double top) {
         const int i = ++c.IndiceEtqMax;
@@ -54,7 +54,7 @@ TEST(DecalerEtiquettes, PushesBelowEachOtherWhatTheDryRunFoundAndTheyDifferAtEqu
         Pile p;
         const int a = p.poser(300), b = p.poser(k.b), c = p.poser(k.c);
         const std::string detail = p.c.TabTempoDetail->text();
-        p.c.PanneauSource = "DETAIL";
+        p.c.PanneauSource = model::Pane::Detail;
         p.c.TabTempoDecale.renew();
         p.c.TabTempoDecale->setText(detail);
         p.c.TrierTabTempoDetail(a, k.position, false);
