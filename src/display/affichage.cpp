@@ -95,7 +95,7 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
     if (Txt_CodeTournee.text().empty()) {
         // 4. JourneeAffichee and the caption of Cmd_Sortir stay as they were.
         SansTournee = true;
-        m_versionAffichee.reset();
+        m_sauvegarde.oublierVersionAffichee();
         CadreAideSansTournee();
         // The labels read their aidés' records in the same moment; no moment is held while the user
         // reads a message.

@@ -210,7 +210,7 @@ void Ctr_Zandorel::CadreDetailAvecTournee() {
     const std::string jourDemande = ObjetConversion.DateInterne(DateAffichee);
     // Read with the records below, in the same view of the database: what a validation of this day will
     // replace, and must find unchanged.
-    m_versionAffichee = versionStockee(Txt_CodeTournee.text(), jourDemande);
+    m_sauvegarde.retenirVersionAffichee(Txt_CodeTournee.text(), jourDemande);
 
     // 2. A tournée never filled has only its waiting list. Records that make no sense are passed over:
     // the latest version is that of the first sound record, and a day holding none has no version. The

@@ -10,6 +10,7 @@
 #include "data/record_checks.h"
 #include "model/label_tables.h"
 #include "model/working_table.h"
+#include "saving/sauvegarde.h"
 #include "shell/droits.h"
 #include "toolkit/control_array.h"
 #include "toolkit/controls.h"
@@ -334,15 +335,17 @@ public:
     // anomaly list was answered Cancel, the database refused the change (the user is told), or the user
     // kept the version another workstation saved since the display (the day is then shown as stored);
     // on the early exits with nothing to save it keeps its former value.
-    void Cmd_Ok_Click();
+    void Cmd_Ok_Click() { m_sauvegarde.Cmd_Ok_Click(); }
     bool commitReussi() const { return ValidationAnomalies; }
     // Adds a row to TabAnomalies when the planned time of detail row `ligne`, shown by `etiquette`, leaves
     // the window of its protocole (both bounds allowed). Returns whether it did.
-    bool TesterAnomalie(std::int64_t ligne, const toolkit::Control& etiquette);
+    bool TesterAnomalie(std::int64_t ligne, const toolkit::Control& etiquette) {
+        return m_sauvegarde.TesterAnomalie(ligne, etiquette);
+    }
     // Clears the screen when there is nothing to save: labels, tables, the code.
-    void ReinitialiserEcran();
+    void ReinitialiserEcran() { m_sauvegarde.ReinitialiserEcran(); }
     // The button that leaves the screen, or cancels the tournée on show.
-    void Cmd_Sortir_Click();
+    void Cmd_Sortir_Click() { m_sauvegarde.Cmd_Sortir_Click(); }
     // Shows the anomaly list modally; in its asking use the answer comes back in ValidationAnomalies.
     void AfficherAnomalies(bool affichage);
 
@@ -439,21 +442,9 @@ private:
     void setTabOrder();
     // TheDatabase as the host handed it over; a failure that says so when it never did.
     mvdb::Database& database() const;
-    // The records of SSIADTOURNEE of a tournée and an internal day as stored now, keys and whole texts,
-    // in key order as one text: two reads give the same text exactly when nothing changed between them.
-    std::string versionStockee(const std::string& codeTournee, const std::string& jour);
-    // What the display of the tournée on show read of its day (versionStockee): a validation replaces
-    // the stored records only while they are still those, or once the user agreed to replace them. Empty
-    // while no tournée is on show.
-    std::optional<std::string> m_versionAffichee;
-    // The validation's way out when the user keeps the other workstation's version: the day shown again
-    // as stored, or, during an assignment, the assignment taken back.
-    void reafficherVersionStockee();
-    // Replaces the stored records of the tournée and day by one record per detail row, in one
-    // transaction. When they are no longer those the display read, nothing is written and their present
-    // version is returned. A failure of the database is told, leaves the stored tournée as it was, and
-    // clears ValidationAnomalies.
-    std::optional<std::string> remplacerTournee(const std::string& jour, bool affectation);
+    // The saving reads the database as the control does.
+    friend class Sauvegarde;
+    Sauvegarde m_sauvegarde{*this};
 
     toolkit::Host& m_host;
     const base::Clock& m_clock;
