@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "editing/edition.h"
 
 // The drop of a label: whether it is refused, goes back to the waiting list or lands in the tournée at a
 // time, and how far an act for two intervenants is placed. A drop changes the tables and the labels
@@ -12,6 +12,7 @@
 #include "data/layouts.h"
 #include "model/clock.h"
 #include "model/labels.h"
+#include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
 namespace control {
@@ -34,7 +35,8 @@ struct Comptage {
 
 // Rule R5. An act for two whose first intervenant is in another tournée of the day may come only at a
 // time shared with that one; true when the drop may go on.
-bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, const std::string& cle, int minutes, bool depuisAide) {
+bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, mvdb::DynamicRecord& reponse, const std::string& cle,
+             int minutes, bool depuisAide) {
     // 1.
     if (depuisAide && c.Tables.findByKey(model::Pane::Detail, cle) != 0) {
         c.Etq_Horaire.setVisible(false);
@@ -46,13 +48,13 @@ bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, const std::string& cle, int mi
     const std::string phrase = "SELECT SSIADTOURNEE AVEC DateTournee = \"" +
                                c.ObjetConversion.DateInterne(c.DateAffichee) + "\" AND AVEC 2 =\"" + cle +
                                "]\" AND AVEC CodeTournee <>\"" + c.Txt_CodeTournee.text() + "\"";
-    c.ReponseAutresTournees = data::Interroger(db, phrase, data::kSSIADTOURNEE, "0 1 2");
-    c.ecarterInterventionsIncoherentes(c.ReponseAutresTournees);
-    if (c.ReponseAutresTournees.DCount() == 0) return true;
+    reponse = data::Interroger(db, phrase, data::kSSIADTOURNEE, "0 1 2");
+    c.ecarterInterventionsIncoherentes(reponse);
+    if (reponse.DCount() == 0) return true;
     // 3. Only the first tournée that holds the act counts.
-    const std::string cleAutre = c.ReponseAutresTournees(1, 1);
+    const std::string cleAutre = reponse(1, 1);
     const double debutAutre = base::toNumber(data::tournee::heureDebut(cleAutre));
-    const double finAutre = base::toNumber(c.ReponseAutresTournees(1, 2));
+    const double finAutre = base::toNumber(reponse(1, 2));
     // 4.
     const double heures = model::HeureVersCentiemes(base::toNumber(c.Etq_Horaire.caption()));
     const auto debut = static_cast<double>(base::roundHalfEven(heures * 100));
@@ -138,8 +140,9 @@ Comptage compterIntervenants(Ctr_Zandorel& c, std::int64_t r, model::TypeEtq& ty
 
 }  // namespace
 
-int Ctr_Zandorel::hauteurDetail(int minutes) const {
-    return static_cast<int>(base::roundHalfEven(PasQuartHeure * 4.0 * minutes / 60));
+int Edition::hauteurDetail(int minutes) const {
+    Ctr_Zandorel& c = m_c;
+    return static_cast<int>(base::roundHalfEven(c.PasQuartHeure * 4.0 * minutes / 60));
 }
 
 std::string Ctr_Zandorel::heureDepot(double centiemes) {
@@ -148,18 +151,20 @@ std::string Ctr_Zandorel::heureDepot(double centiemes) {
     return base::Left(hhmm, 2) + "h" + base::Right(hhmm, 2);
 }
 
-void Ctr_Zandorel::RechercheTourneesIntervenant(const std::string& cle, bool& trouve) {
+void Edition::RechercheTourneesIntervenant(const std::string& cle, bool& trouve) {
+    Ctr_Zandorel& c = m_c;
     const std::string phrase = "SELECT SSIADTOURNEE AVEC DateTournee = \"" +
-                               ObjetConversion.DateInterne(DateAffichee) + "\" AND AVEC 2=\"" + cle +
-                               "\" AND AVEC CodeTournee <> \"" + Txt_CodeTournee.text() +
+                               c.ObjetConversion.DateInterne(c.DateAffichee) + "\" AND AVEC 2=\"" + cle +
+                               "\" AND AVEC CodeTournee <> \"" + c.Txt_CodeTournee.text() +
                                "\" PAR CodeTournee";
-    ReponseAutresTournees = data::Interroger(database(), phrase, data::kSSIADTOURNEE, "0 1 2");
+    ReponseAutresTournees = data::Interroger(c.database(), phrase, data::kSSIADTOURNEE, "0 1 2");
     // As the display, which named them, the moves pass over records that make no sense.
-    ecarterInterventionsIncoherentes(ReponseAutresTournees);
+    c.ecarterInterventionsIncoherentes(ReponseAutresTournees);
     trouve = ReponseAutresTournees.DCount() != 0;
 }
 
-void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
+void Edition::DeposerEtiquette(float X, float Y) {
+    Ctr_Zandorel& c = m_c;
     const double L = static_cast<double>(X) - DecalageSourisX;
     const double T = static_cast<double>(Y) - DecalageSourisY;
 
@@ -169,97 +174,98 @@ void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
         std::fabs(DecalageSourisY - static_cast<double>(Y)) < kSeuilDeplacement)
         return;
     // A drop with no label taken from either pane behind it makes no move either.
-    const bool depuisAide = PanneauSource == model::Pane::Aide;
-    if ((!depuisAide && PanneauSource != model::Pane::Detail) || IndiceEtqCourante < 1 ||
-        !Etq_Aide.exists(IndiceEtqCourante))
+    const bool depuisAide = c.PanneauSource == model::Pane::Aide;
+    if ((!depuisAide && c.PanneauSource != model::Pane::Detail) || c.IndiceEtqCourante < 1 ||
+        !c.Etq_Aide.exists(c.IndiceEtqCourante))
         return;
 
     // 2.
-    const int M = model::dureeMnFromTag(Etq_Aide(IndiceEtqCourante).tag());
+    const int M = model::dureeMnFromTag(c.Etq_Aide(c.IndiceEtqCourante).tag());
     const int H = hauteurDetail(M);
 
     // 3.
-    if (TourneeAnterieure) {
-        Etq_Horaire.setVisible(false);
-        host().MsgBox("Déplacement impossible : date de la tournée antérieure à la date du jour.",
-                      kStyleAvertissement, kTitreMessage);
+    if (c.TourneeAnterieure) {
+        c.Etq_Horaire.setVisible(false);
+        c.host().MsgBox("Déplacement impossible : date de la tournée antérieure à la date du jour.",
+                        kStyleAvertissement, kTitreMessage);
         return;
     }
 
     // 4. The return zone. A refusal here does not end the routine: the placement test below ends it.
     const model::Zone& retour = model::kZoneRetourAide;
     if (!depuisAide && L >= retour.gauche && L <= retour.droite && T >= retour.haut && T <= retour.bas) {
-        if (Mod.FlagAffectationEnCours) {
-            host().MsgBox("Déplacement impossible.", kStyleAvertissement, kTitreMessage);
+        if (c.Mod.FlagAffectationEnCours) {
+            c.host().MsgBox("Déplacement impossible.", kStyleAvertissement, kTitreMessage);
         } else {
-            renvoyerEnAide(IndiceEtqCourante, RetourPar::Depot);
+            renvoyerEnAide(c.IndiceEtqCourante, RetourPar::Depot);
         }
     }
 
     // 5.
     const model::Zone& pose = model::kZonePoseDetail;
     if (L < pose.gauche || L > pose.droite || T < pose.haut || T + H > pose.bas) {
-        Etq_Horaire.setVisible(false);
+        c.Etq_Horaire.setVisible(false);
         return;
     }
 
     // 6.
-    if (SansTournee) {
-        host().MsgBox("Déplacement impossible : aucune tournée selectionnée.", kStyleAvertissement,
-                      kTitreMessage);
-        Etq_Horaire.setVisible(false);
+    if (c.SansTournee) {
+        c.host().MsgBox("Déplacement impossible : aucune tournée selectionnée.", kStyleAvertissement,
+                        kTitreMessage);
+        c.Etq_Horaire.setVisible(false);
         return;
     }
 
     // 7.
-    if (depuisAide) VScroll.setValue(1);
+    if (depuisAide) c.VScroll.setValue(1);
 
     // 8. The dry run, on a copy that lives only for it.
     const auto position = static_cast<int>(base::roundHalfEven(T));
     DecalageImpossible = false;
-    if (Mod.FlagAffectationEnCours) {
+    if (c.Mod.FlagAffectationEnCours) {
         TabTempoDecale.renew();
-        TabTempoDecale->setText(Tables.detail()->text());
-        TrierTabTempoDetail(IndiceEtqCourante, position, false);
-        VerifEtqDecale(IndiceEtqCourante, H, position);
+        TabTempoDecale->setText(c.Tables.detail()->text());
+        TrierTabTempoDetail(c.IndiceEtqCourante, position, false);
+        VerifEtqDecale(c.IndiceEtqCourante, H, position);
         TabTempoDecale.release();
     }
 
     // 9.
     if (DecalageImpossible) {
-        host().MsgBox("Déplacement impossible, vous ne pouvez pas décaler les aidés.", kStyleAvertissement,
-                      kTitreMessage);
-        Etq_Horaire.setVisible(false);
+        c.host().MsgBox("Déplacement impossible, vous ne pouvez pas décaler les aidés.", kStyleAvertissement,
+                        kTitreMessage);
+        c.Etq_Horaire.setVisible(false);
         return;
     }
 
     // 10.
     const model::Pane origine = depuisAide ? model::Pane::Aide : model::Pane::Detail;
-    const std::int64_t r = Tables.findByLabel(origine, IndiceEtqCourante);
-    model::LabelRow ligne = Tables.row(origine, r);
+    const std::int64_t r = c.Tables.findByLabel(origine, c.IndiceEtqCourante);
+    model::LabelRow ligne = c.Tables.row(origine, r);
     const int c4 = ligne.DureeMn;
     const std::string c6 = ligne.CleProtocole;
     model::TypeEtq K(ligne.TypeEtq);
 
     // 11.
-    if (NbIntervenantsTournee != 2 && K.figure() == '1' && !regleR5(*this, database(), c6, c4, depuisAide))
+    if (c.NbIntervenantsTournee != 2 && K.figure() == '1' &&
+        !regleR5(c, c.database(), ReponseAutresTournees, c6, c4, depuisAide))
         return;
 
     // 12.
-    toolkit::Label& etiquette = Etq_Aide(IndiceEtqCourante);
+    toolkit::Label& etiquette = c.Etq_Aide(c.IndiceEtqCourante);
     const double ancienLeft = static_cast<double>(base::roundHalfEven(etiquette.left()));
     const double ancienneLargeur = static_cast<double>(base::roundHalfEven(etiquette.width()));
     etiquette.setGeometry(model::kLeftDetail, T, model::kLargeurDetail, H);
     etiquette.setLinkItem(
-        base::numberText(model::HeureVersCentiemes(base::toNumber(Etq_Horaire.caption())) * 100));
+        base::numberText(model::HeureVersCentiemes(base::toNumber(c.Etq_Horaire.caption())) * 100));
     // Deliberately the plain difference of the H.MM bounds. A label long enough keeps its font.
-    if (model::fontDetail(HeureFinEchelle - HeureDebutEchelle, M).bold) {
+    if (model::fontDetail(c.HeureFinEchelle - c.HeureDebutEchelle, M).bold) {
         etiquette.setFontSize(6);
         etiquette.setFontBold(true);
     }
 
     // 13. The name the buffer then holds serves the count of intervenants too, read or not.
-    data::FichiersSSIAD& f = Mod.fichiers;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
     const std::string code = model::codeAideOf(c6);
     const bool aideLu = depuisAide && data::LireEnregistrement(*f.CIVILAIDE, f.EnregCIVILAIDE, code);
     const Aide aide{code, f.EnregCIVILAIDE(data::civilaide::kNom),
@@ -276,46 +282,46 @@ void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
     // 15.
     bool moitie = false;
     if (!depuisAide) {
-        Tables.moveInDetail(IndiceEtqCourante, position);
+        c.Tables.moveInDetail(c.IndiceEtqCourante, position);
     } else {
         const Comptage compte =
-            compterIntervenants(*this, r, K, detail, aide, aideLu, ancienLeft, ancienneLargeur);
+            compterIntervenants(c, r, K, detail, aide, aideLu, ancienLeft, ancienneLargeur);
         if (compte.reecrit) {
             etiquette.setCaption(compte.caption);
             etiquette.setToolTipText(compte.toolTip);
         }
         moitie = compte.moitie;
-        ligne.NumEtq = IndiceEtqCourante;
+        ligne.NumEtq = c.IndiceEtqCourante;
         ligne.TopEtq = position;
         ligne.TypeEtq = K.text();
-        Tables.insertByPosition(ligne);
+        c.Tables.insertByPosition(ligne);
     }
 
     // 16. Closing the waiting list. A row still waiting for its second intervenant stays, though the rows
     // from it on move up all the same. A label of those rows that stands in the tournée (the one dropped,
     // or the placed half of a split act) keeps its place there.
     if (depuisAide && !moitie) {
-        const std::int64_t i = Tables.findByLabel(model::Pane::Aide, IndiceEtqCourante);
+        const std::int64_t i = c.Tables.findByLabel(model::Pane::Aide, c.IndiceEtqCourante);
         if (i != 0) {
-            Tables.closeLine(i, HauteurEtq);
-            for (std::int64_t j = i; j <= TabTempoAide->DCount(); ++j) {
-                const int l = base::toInteger(TabTempoAide(j, model::col::NumEtq));
-                if (Etq_Aide.exists(l) && Etq_Aide(l).left() != model::kLeftDetail)
-                    Etq_Aide(l).setTop(base::toNumber(TabTempoAide(j, model::col::TopEtq)));
+            c.Tables.closeLine(i, c.HauteurEtq);
+            for (std::int64_t j = i; j <= c.TabTempoAide->DCount(); ++j) {
+                const int l = base::toInteger(c.TabTempoAide(j, model::col::NumEtq));
+                if (c.Etq_Aide.exists(l) && c.Etq_Aide(l).left() != model::kLeftDetail)
+                    c.Etq_Aide(l).setTop(base::toNumber(c.TabTempoAide(j, model::col::TopEtq)));
             }
         }
     } else if (!depuisAide) {
-        DebordementDecalage = false;
+        c.DebordementDecalage = false;
     }
 
     // 17. Also for a move inside pane "DETAIL".
-    DecalerEtiquettes(IndiceEtqCourante, H);
+    DecalerEtiquettes(c.IndiceEtqCourante, H);
     // 18.
-    AlternerCouleursDetail();
+    c.AlternerCouleursDetail();
     // 19.
     reglerDefilementDepot();
     // 20.
-    Etq_Horaire.setVisible(false);
+    c.Etq_Horaire.setVisible(false);
 }
 
 }  // namespace control

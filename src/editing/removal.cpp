@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "editing/edition.h"
 
 // Taking the screen out of a shown tournée, and giving back to the waiting list the label that the
 // assignment dialog sent there. Nothing is written to the database here.
@@ -11,6 +11,7 @@
 #include "data/layouts.h"
 #include "model/clock.h"
 #include "model/labels.h"
+#include "shell/ctr_zandorel.h"
 
 namespace control {
 namespace {
@@ -41,57 +42,58 @@ void placerEtiquettesAide(Ctr_Zandorel& c, std::int64_t premiere, std::int64_t d
 
 }  // namespace
 
-void Ctr_Zandorel::EnleveAffectationTournee(bool SansRetour) {
+void Edition::EnleveAffectationTournee(bool SansRetour) {
+    Ctr_Zandorel& c = m_c;
     // 1. Emptying the code runs its change handler, still in the assignment branch, which finds no
     // tournée for an empty code and stops there.
-    Txt_CodeTournee.setText("");
-    Cbo_Tournee.setText("");
+    c.Txt_CodeTournee.setText("");
+    c.Cbo_Tournee.setText("");
     for (toolkit::Control* actif :
-         std::initializer_list<toolkit::Control*>{&Frm_MatinSoir, &Opt_Matin, &Opt_Soir, &Txt_Date,
-                                                  &Cmd_Affichage, &Cbo_Tournee, &Txt_CodeTournee})
+         std::initializer_list<toolkit::Control*>{&c.Frm_MatinSoir, &c.Opt_Matin, &c.Opt_Soir, &c.Txt_Date,
+                                                  &c.Cmd_Affichage, &c.Cbo_Tournee, &c.Txt_CodeTournee})
         actif->setEnabled(true);
-    Cbo_Date.setVisible(false);
-    SansTournee = true;
+    c.Cbo_Date.setVisible(false);
+    c.SansTournee = true;
 
     // 2. The horizontal scale never left the option's hours.
-    HeureDebutEchelle = Opt_Matin.value() ? 6.0 : 14.0;
-    HeureFinEchelle = Opt_Matin.value() ? 14.0 : 22.0;
-    ChargerEtiquetteHeuresDetail(HeureDebutEchelle, HeureFinEchelle);
+    c.HeureDebutEchelle = c.Opt_Matin.value() ? 6.0 : 14.0;
+    c.HeureFinEchelle = c.Opt_Matin.value() ? 14.0 : 22.0;
+    c.ChargerEtiquetteHeuresDetail(c.HeureDebutEchelle, c.HeureFinEchelle);
 
     // 3, 4. A label not placed yet has nothing to give back.
-    const std::int64_t d = SansRetour || !TabTempoDetail.exists()
+    const std::int64_t d = SansRetour || !c.TabTempoDetail.exists()
                                ? 0
-                               : Tables.findByLabel(model::Pane::Detail, IndiceEtqAffectee);
-    const model::TypeEtq typeEtq = d > 0 ? Tables.typeEtq(model::Pane::Detail, d) : model::TypeEtq();
-    if (d > 0 && !TabTempoAide.exists()) Tables.renew(model::Pane::Aide);
+                               : c.Tables.findByLabel(model::Pane::Detail, c.IndiceEtqAffectee);
+    const model::TypeEtq typeEtq = d > 0 ? c.Tables.typeEtq(model::Pane::Detail, d) : model::TypeEtq();
+    if (d > 0 && !c.TabTempoAide.exists()) c.Tables.renew(model::Pane::Aide);
 
     // 5, 6. A half whose other place still waits joins it: nothing is added.
     std::int64_t a = 0;
-    if (d > 0 && NbIntervenantsTournee != 2 && typeEtq.figure() == '1') {
-        a = Tables.findByKey(model::Pane::Aide, base::Left(TabTempoDetail(d, model::col::CleProtocole),
-                                                           data::protocole::kLongueurCle));
-        if (a > 0) joindreMoities(a, IndiceEtqAffectee, RetourPar::Retrait);
+    if (d > 0 && c.NbIntervenantsTournee != 2 && typeEtq.figure() == '1') {
+        a = c.Tables.findByKey(model::Pane::Aide, base::Left(c.TabTempoDetail(d, model::col::CleProtocole),
+                                                             data::protocole::kLongueurCle));
+        if (a > 0) joindreMoities(a, c.IndiceEtqAffectee, RetourPar::Retrait);
     }
 
     // 7. The row goes back in start order. The three places it can take differ only by the lines laid
     // out anew: the new one alone at row 1 or at the end, every row when it comes between others.
     if (d > 0 && a == 0) {
-        const bool vide = TabTempoAide->text().empty();
-        const std::int64_t n = TabTempoAide->DCount();
+        const bool vide = c.TabTempoAide->text().empty();
+        const std::int64_t n = c.TabTempoAide->DCount();
         const std::int64_t ligne =
-            Tables.sendBack(IndiceEtqAffectee, typeRendu(typeEtq, NbIntervenantsTournee));
+            c.Tables.sendBack(c.IndiceEtqAffectee, typeRendu(typeEtq, c.NbIntervenantsTournee));
         if (vide || ligne > n) {
-            placerEtiquettesAide(*this, ligne, ligne);
+            placerEtiquettesAide(c, ligne, ligne);
         } else {
-            placerEtiquettesAide(*this, 1, TabTempoAide->DCount());
+            placerEtiquettesAide(c, 1, c.TabTempoAide->DCount());
         }
-        VScroll.setMax(Tables.scrollMax());
-        VScroll.setVisible(VScroll.max() != 0);
+        c.VScroll.setMax(c.Tables.scrollMax());
+        c.VScroll.setVisible(c.VScroll.max() != 0);
     }
 
     // 8. A placed label always stands at Left 760, wherever the user dropped it.
     std::vector<int> places;
-    for (toolkit::Control* etiquette : Etq_Aide.elements()) {
+    for (toolkit::Control* etiquette : c.Etq_Aide.elements()) {
         if (etiquette->index() == 0) continue;
         if (etiquette->left() == model::kLeftDetail) {
             places.push_back(etiquette->index());
@@ -100,12 +102,12 @@ void Ctr_Zandorel::EnleveAffectationTournee(bool SansRetour) {
         }
     }
     for (int index : places)
-        Etq_Aide.Unload(index);
+        c.Etq_Aide.Unload(index);
 
     // 9.
-    Tables.renew(model::Pane::Detail);
-    Cmd_Sortir.setCaption("Sortir");
-    Mod.FlagAffectationEnCours = false;
+    c.Tables.renew(model::Pane::Detail);
+    c.Cmd_Sortir.setCaption("Sortir");
+    c.Mod.FlagAffectationEnCours = false;
 }
 
 }  // namespace control

@@ -7,7 +7,7 @@
 // and, while a detail row is being built, its planned start.
 namespace model {
 
-// Held as its text, which the tables and `dump` show byte for byte ("I", "A|2", "M|1|0850"). The parts
+// Held as its text, which the tables and `dump` show byte for byte ("I", "A|2", "M|1|0850"). The pieces
 // are read from the text as the screen always read them, by position: the kind is the first character,
 // the figure the last character of a text longer than one, the planned start the last four characters.
 // In pane "AIDE" the figure counts the free places of an act for two, in pane "DETAIL" the intervenants

@@ -383,7 +383,7 @@ void Ctr_Zandorel::UserControl_Terminate() {
     Tables.release(model::Pane::Aide);
     Tables.release(model::Pane::Detail);
     for (model::WorkTable* table :
-         {&TabAnomalies, &TabTourneeEnregistree, &TabValidees, &TabProtocole, &TabTempoDecale}) {
+         {&TabAnomalies, &TabTourneeEnregistree, &TabValidees, &TabProtocole, &edition.TabTempoDecale}) {
         table->release();
     }
     DroitsElement.reset();

@@ -8,6 +8,7 @@
 #include "data/conversion.h"
 #include "data/gateway.h"
 #include "data/record_checks.h"
+#include "editing/edition.h"
 #include "model/label_tables.h"
 #include "model/working_table.h"
 #include "saving/sauvegarde.h"
@@ -121,7 +122,6 @@ public:
     int PasQuartHeure = 0;
     int HauteurEtq = 800;
     std::string CouleurAide1, CouleurAide2, CouleurInfirmier, CouleurSoignant, CouleurMixte;
-    bool DebordementDecalage = false;
     bool JourneeAffichee = false;
     int DerniereValeurScroll = 0;
     int IndiceEtqMax = 0;
@@ -149,7 +149,6 @@ public:
     model::WorkTable TabTourneeEnregistree{"TabTourneeEnregistree"};
     model::WorkTable TabValidees{"TabValidees"};
     model::WorkTable TabProtocole{"TabProtocole"};
-    model::WorkTable TabTempoDecale{"TabTempoDecale"};
 
     // ---- Start-up and shutdown (shell).
     void AppliquerDroitsUtilisateur();
@@ -253,62 +252,55 @@ private:
     bool secteurDeLaTournee(const std::string& cleElemGest);
 
 public:
-    // ---- Editing of a tournée (editing/).
-    // Drag tracking (editing/drag.cpp).
-    void Etq_Aide_MouseMove(int Index, int Button, int Shift, float X, float Y);
-    void Etq_Aide_MouseDown(int Index, int Button, int Shift, float X, float Y);
-    void Etq_Aide_DragOver(int Index, toolkit::Control& Source, float X, float Y, int State);
-    void Etq_Aide_DragDrop(int Index, toolkit::Control& Source, float X, float Y);
+    // ---- Editing of a tournée (editing/), forwarded to the editing's own object.
+    // Drag tracking.
+    void Etq_Aide_MouseMove(int Index, int Button, int Shift, float X, float Y) {
+        edition.Etq_Aide_MouseMove(Index, Button, Shift, X, Y);
+    }
+    void Etq_Aide_MouseDown(int Index, int Button, int Shift, float X, float Y) {
+        edition.Etq_Aide_MouseDown(Index, Button, Shift, X, Y);
+    }
+    void Etq_Aide_DragOver(int Index, toolkit::Control& Source, float X, float Y, int State) {
+        edition.Etq_Aide_DragOver(Index, Source, X, Y, State);
+    }
+    void Etq_Aide_DragDrop(int Index, toolkit::Control& Source, float X, float Y) {
+        edition.Etq_Aide_DragDrop(Index, Source, X, Y);
+    }
     void UserControl_DragOver(toolkit::Control& Source, float X, float Y, int State);
     void UserControl_DragDrop(toolkit::Control& Source, float X, float Y);
     void UserControl_MouseDown(int Button, int Shift, float X, float Y);
-    void Cmd_Enchainement_DragOver(toolkit::Control& Source, float X, float Y, int State);
+    void Cmd_Enchainement_DragOver(toolkit::Control& Source, float X, float Y, int State) {
+        edition.Cmd_Enchainement_DragOver(Source, X, Y, State);
+    }
     // Shows the time under a dragged label; runs at every mouse move and allocates nothing.
-    void SuivreHoraireEtiquette(float X, float Y);
-    int DecalageSourisX = 0;
-    int DecalageSourisY = 0;
+    void SuivreHoraireEtiquette(float X, float Y) { edition.SuivreHoraireEtiquette(X, Y); }
 
-    // Drop rules (editing/drop.cpp).
-    void DeposerEtiquette(float X, float Y);
-    void RechercheTourneesIntervenant(const std::string& cle, bool& trouve);
-    bool DecalageImpossible = false;
-    mvdb::DynamicRecord ReponseAutresTournees;
+    // Drop rules.
+    void DeposerEtiquette(float X, float Y) { edition.DeposerEtiquette(X, Y); }
+    void RechercheTourneesIntervenant(const std::string& cle, bool& trouve) {
+        edition.RechercheTourneesIntervenant(cle, trouve);
+    }
     // A time in hundredths as HHhMM, all of it through CentiemesVersHeure (899 reads "09h00"), as the
     // drop writes it; the display cuts the hour and the minutes apart.
     static std::string heureDepot(double centiemes);
-    // The drop, the push and the removal of an assignment send a label back to pane "AIDE" each its own
-    // way: whose way it is.
-    enum class RetourPar { Depot, Decalage, Retrait };
 
-private:
-    // What the drop and the push share (editing/drop.cpp, editing/shifting.cpp).
-    // Sends detail label `index` back to pane "AIDE": its row takes its place there by start time, or the
-    // half of an act for two joins the half that waits and the label is unloaded. The row leaves
-    // TabTempoDetail, and pane "DETAIL" is painted again.
-    void renvoyerEnAide(int index, RetourPar par);
-    // The half of an act for two that waits on row `a` of TabTempoAide takes both places again and shows
-    // "0/2", worded the way `par` words it; the label `rendue` of the half that came back is unloaded.
-    void joindreMoities(std::int64_t a, int rendue, RetourPar par);
-    // Lays out the label of row `ligne` of TabTempoAide on that line; false when the aidé's record cannot
-    // be read, which ends the layout of the rows after it.
-    bool PlacerEtqAide(std::int64_t ligne, RetourPar par);
-    // The scroll range once a drop changed the waiting list: the bar beyond seven rows.
-    void reglerDefilementDepot();
-    // Height in pane "DETAIL" of a label of that many minutes.
-    int hauteurDetail(int minutes) const;
-    // Nesting of the push; only a duration below zero could make it endless.
-    int m_profondeurDecalage = 0;
-
-public:
-    // Shifting engine (editing/shifting.cpp) and chaining (editing/chaining.cpp).
-    void TrierTabTempoDetail(int index, int position, bool Decale);
-    void VerifEtqDecale(int index, int hauteur, int position);
-    void DecalerEtiquettes(int index, int hauteur);
-    void Cmd_Enchainement_Click();
+    // Shifting engine and chaining.
+    void TrierTabTempoDetail(int index, int position, bool Decale) {
+        edition.TrierTabTempoDetail(index, position, Decale);
+    }
+    void VerifEtqDecale(int index, int hauteur, int position) {
+        edition.VerifEtqDecale(index, hauteur, position);
+    }
+    void DecalerEtiquettes(int index, int hauteur) { edition.DecalerEtiquettes(index, hauteur); }
+    void Cmd_Enchainement_Click() { edition.Cmd_Enchainement_Click(); }
+    // The push ran a label off pane "DETAIL".
+    bool DebordementDecalage = false;
+    // The editing's own state: what a drag and a push keep between two events.
+    Edition edition{*this};
 
     // Removal of an assignment (editing/removal.cpp) and the assignment dialog
     // (editing/frm_affectation_tournee.cpp).
-    void EnleveAffectationTournee(bool SansRetour);
+    void EnleveAffectationTournee(bool SansRetour) { edition.EnleveAffectationTournee(SansRetour); }
     void Mnu_AffectationTournee_Click();
     int NbTourneesAffectation = 0;
     int IndiceEtqAffectee = 0;
@@ -442,7 +434,8 @@ private:
     void setTabOrder();
     // TheDatabase as the host handed it over; a failure that says so when it never did.
     mvdb::Database& database() const;
-    // The saving reads the database as the control does.
+    // The editing and the saving read the database as the control does.
+    friend class Edition;
     friend class Sauvegarde;
     Sauvegarde m_sauvegarde{*this};
 
