@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "display/affichage.h"
 
 // The pane of aidés: the interventions of the day that still lack an intervenant, derived for each
 // aidé from the accord, the protocoles and what is already planned. With a tournée shown, only what
@@ -13,6 +13,7 @@
 #include "data/layouts.h"
 #include "model/labels.h"
 #include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
 
 namespace control {
 
@@ -142,22 +143,24 @@ void rangerDansTabTempoAide(Ctr_Zandorel& c, RangementAide::UnParUn unParUn,
 
 }  // namespace
 
-bool Ctr_Zandorel::accordSain(const mvdb::DynamicRecord& accords, std::int64_t i) {
+bool Affichage::accordSain(const mvdb::DynamicRecord& accords, std::int64_t i) {
     return enregistrementSain(data::checkAccordDays(accords(i, kCleAccord), accords(i, kPremierJourAccord),
                                                     accords(i, kDernierJourAccord)));
 }
 
-bool Ctr_Zandorel::absencesSaines(const std::string& CodeAide) {
-    data::FichiersSSIAD& f = Mod.fichiers;
+bool Affichage::absencesSaines(const std::string& CodeAide) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
     mvdb::DynamicRecord civil;
     return !f.CIVILAIDE || !data::LireEnregistrement(*f.CIVILAIDE, civil, CodeAide) ||
            enregistrementSain(data::checkRecord(data::kCIVILAIDE, CodeAide, civil));
 }
 
-bool Ctr_Zandorel::secteurDeLaTournee(const std::string& cleElemGest) {
-    data::FichiersSSIAD& f = Mod.fichiers;
+bool Affichage::secteurDeLaTournee(const std::string& cleElemGest) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
     if (!data::LireEnregistrement(*f.SSIADELEMGEST, f.EnregSSIADELEMGEST, cleElemGest)) return false;
-    if (!data::LireEnregistrement(*f.SSIADCARACTTOURNEE, f.EnregSSIADCARACTTOURNEE, Txt_CodeTournee.text()))
+    if (!data::LireEnregistrement(*f.SSIADCARACTTOURNEE, f.EnregSSIADCARACTTOURNEE, c.Txt_CodeTournee.text()))
         return false;
     const std::string secteur = f.EnregSSIADELEMGEST(data::elemgest::kSecteur);
     const mvdb::DynamicRecord& tournee = f.EnregSSIADCARACTTOURNEE;
@@ -167,43 +170,45 @@ bool Ctr_Zandorel::secteurDeLaTournee(const std::string& cleElemGest) {
     return false;
 }
 
-void Ctr_Zandorel::CadreAideSansTournee() {
-    debutCommandeLongue();
+void Affichage::CadreAideSansTournee() {
+    Ctr_Zandorel& c = m_c;
+    c.debutCommandeLongue();
 
     // 1. No accord on that date: nothing to derive, but the pointer and the control come back all the
     // same.
-    TabAccords = accordsDuJour(database(), ObjetConversion.DateInterne(Txt_Date.text()));
+    TabAccords = accordsDuJour(c.database(), c.ObjetConversion.DateInterne(c.Txt_Date.text()));
 
     // 2.
     if (!TabAccords(1).empty()) {
         rangerDansTabTempoAide(
-            *this, [this](const model::LabelRow& e) { Tables.insertByStart(e); },
-            [this](RangementAide& rangement) {
+            c, [&c](const model::LabelRow& e) { c.Tables.insertByStart(e); },
+            [this, &c](RangementAide& rangement) {
                 for (std::int64_t i = 1; i <= TabAccords.DCount(); ++i) {
                     if (!accordSain(TabAccords, i)) continue;
-                    if (!data::PeriodeActive(database(), TabAccords, i)) continue;
+                    if (!data::PeriodeActive(c.database(), TabAccords, i)) continue;
                     const std::string code = base::Left(TabAccords(i, kCleAccord), 5);
                     if (!absencesSaines(code)) continue;
                     RechercheProtocole(code);
                     RechercheInterventionsValidees(code, false, 2);
                     // 3.
-                    for (model::LabelRow& e : etiquettesRestantes(*this, Equipe::Seul))
+                    for (model::LabelRow& e : etiquettesRestantes(c, Equipe::Seul))
                         rangement.ajouter(std::move(e));
                 }
             });
     }
 
-    finCommandeLongue();
+    c.finCommandeLongue();
 }
 
-void Ctr_Zandorel::CadreAideAvecTournee() {
+void Affichage::CadreAideAvecTournee() {
+    Ctr_Zandorel& c = m_c;
     // 1. An empty result leaves the loop without a turn.
-    TabAccordsTournee = accordsDuJour(database(), ObjetConversion.DateInterne(Cbo_Date.text()));
-    const Equipe equipe = NbIntervenantsTournee == 2 ? Equipe::Paire : Equipe::Seul;
+    TabAccordsTournee = accordsDuJour(c.database(), c.ObjetConversion.DateInterne(c.Cbo_Date.text()));
+    const Equipe equipe = c.NbIntervenantsTournee == 2 ? Equipe::Paire : Equipe::Seul;
 
     rangerDansTabTempoAide(
-        *this, [this](const model::LabelRow& e) { Tables.insertByStart(e); },
-        [this, equipe](RangementAide& rangement) {
+        c, [&c](const model::LabelRow& e) { c.Tables.insertByStart(e); },
+        [this, &c, equipe](RangementAide& rangement) {
             for (std::int64_t i = 1; i <= TabAccordsTournee.DCount(); ++i) {
                 const std::string cle = TabAccordsTournee(i, kCleAccord);
                 const std::string code = base::Left(cle, 5);
@@ -211,13 +216,13 @@ void Ctr_Zandorel::CadreAideAvecTournee() {
                 if (!secteurDeLaTournee(code + base::Mid(cle, 9, 6))) continue;
                 // 3.
                 if (!accordSain(TabAccordsTournee, i)) continue;
-                if (!data::PeriodeActive(database(), TabAccordsTournee, i)) continue;
+                if (!data::PeriodeActive(c.database(), TabAccordsTournee, i)) continue;
                 if (!absencesSaines(code)) continue;
                 // 4. With the tournée's filter; every record of the aidé's day, this tournée's included.
                 RechercheProtocole(code);
                 RechercheInterventionsValidees(code, true, 2);
                 // 5.
-                for (model::LabelRow& e : etiquettesRestantes(*this, equipe))
+                for (model::LabelRow& e : etiquettesRestantes(c, equipe))
                     rangement.ajouter(std::move(e));
             }
         });

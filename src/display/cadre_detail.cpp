@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "display/affichage.h"
 
 // The detail pane. A tournée is stored as dated versions, and the version in force on a day is the
 // latest one at or before it: a past day shows exactly what was saved, any other day fits the latest
@@ -13,6 +13,7 @@
 #include "data/layouts.h"
 #include "model/labels.h"
 #include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
 namespace control {
@@ -150,13 +151,13 @@ void ajusterVersion(Ctr_Zandorel& c, const std::string& jourDemande) {
         !f.EnregSSIADCARACTTOURNEE(data::caracttournee::kSupprimee).empty()) {
         return;
     }
-    for (std::int64_t i = 1; i <= c.ResTourneeJour.DCount(); ++i) {
-        const std::string cleProtocole = c.ResTourneeJour(i, kCleProtocole);
-        c.CadreDetail(base::Left(cleProtocole, 5), c.ResTourneeJour(i, kCleTournee),
+    for (std::int64_t i = 1; i <= c.affichage.ResTourneeJour.DCount(); ++i) {
+        const std::string cleProtocole = c.affichage.ResTourneeJour(i, kCleProtocole);
+        c.CadreDetail(base::Left(cleProtocole, 5), c.affichage.ResTourneeJour(i, kCleTournee),
                       base::Mid(cleProtocole, 11, 6));
     }
     // The day of an assignment keeps its waiting list as it was.
-    if (egal(jourDemande, c.DateTourneeInterne) && c.Mod.FlagAffectationEnCours) return;
+    if (egal(jourDemande, c.affichage.DateTourneeInterne) && c.Mod.FlagAffectationEnCours) return;
     if (c.usage == Ctr_Zandorel::Usage::Chiffres) return;
     c.CadreAideAvecTournee();
     retirerPlacees(c);
@@ -178,12 +179,12 @@ void copierVersion(Ctr_Zandorel& c) {
     int actesInfirmiers = 0;
     int autresActes = 0;
     std::string nature;
-    for (std::int64_t i = 1; i <= c.ResTourneeJour.DCount(); ++i) {
-        const std::string cleProtocole = c.ResTourneeJour(i, kCleProtocole);
-        const std::string debut = base::Right(c.ResTourneeJour(i, kCleTournee), 4);
+    for (std::int64_t i = 1; i <= c.affichage.ResTourneeJour.DCount(); ++i) {
+        const std::string cleProtocole = c.affichage.ResTourneeJour(i, kCleProtocole);
+        const std::string debut = base::Right(c.affichage.ResTourneeJour(i, kCleTournee), 4);
         const double dureeMn =
-            (base::toNumber(c.ResTourneeJour(i, kFinPrevue)) / 100 - base::toNumber(debut) / 100) * 100 * 6 /
-            10;
+            (base::toNumber(c.affichage.ResTourneeJour(i, kFinPrevue)) / 100 - base::toNumber(debut) / 100) *
+            100 * 6 / 10;
         if (data::LireEnregistrement(*f.SSIADPROTOCOLE, f.EnregSSIADPROTOCOLE, cleProtocole)) {
             c.CompterActes(f.EnregSSIADPROTOCOLE, actesInfirmiers, autresActes);
             nature = natureDesActes(actesInfirmiers, autresActes);
@@ -201,21 +202,22 @@ void copierVersion(Ctr_Zandorel& c) {
 
 }  // namespace
 
-void Ctr_Zandorel::CadreDetailAvecTournee() {
+void Affichage::CadreDetailAvecTournee() {
+    Ctr_Zandorel& c = m_c;
     // 1.
-    DateAffichee = Mod.FlagAffectationEnCours ? Txt_Date.text() : Cbo_Date.text();
-    TourneeAnterieure = false;
-    TabTourneeEnregistree.renew();
-    const std::string codeTournee = entreGuillemets(Txt_CodeTournee.text());
-    const std::string jourDemande = ObjetConversion.DateInterne(DateAffichee);
+    c.DateAffichee = c.Mod.FlagAffectationEnCours ? c.Txt_Date.text() : c.Cbo_Date.text();
+    c.TourneeAnterieure = false;
+    c.TabTourneeEnregistree.renew();
+    const std::string codeTournee = entreGuillemets(c.Txt_CodeTournee.text());
+    const std::string jourDemande = c.ObjetConversion.DateInterne(c.DateAffichee);
     // Read with the records below, in the same view of the database: what a validation of this day will
     // replace, and must find unchanged.
-    m_sauvegarde.retenirVersionAffichee(Txt_CodeTournee.text(), jourDemande);
+    c.m_sauvegarde.retenirVersionAffichee(c.Txt_CodeTournee.text(), jourDemande);
 
     // 2. A tournée never filled has only its waiting list. Records that make no sense are passed over:
     // the latest version is that of the first sound record, and a day holding none has no version. The
     // end is listed for that check alone.
-    ResTourneeDates = data::Interroger(database(),
+    ResTourneeDates = data::Interroger(c.database(),
                                        "SELECT SSIADTOURNEE AVEC CodeTournee = " + codeTournee +
                                            " AND AVEC DateTournee <= " + entreGuillemets(jourDemande) +
                                            " PAR-DECR DateTournee",
@@ -226,13 +228,13 @@ void Ctr_Zandorel::CadreDetailAvecTournee() {
         !enregistrementSain(data::checkPlanned(ResTourneeDates(premiere, 1), ResTourneeDates(premiere, 2))))
         ++premiere;
     if (ResTourneeDates(premiere).empty()) {
-        if (usage == Usage::Ecran) CadreAideAvecTournee();
+        if (c.usage == Ctr_Zandorel::Usage::Ecran) CadreAideAvecTournee();
         return;
     }
 
     // 3.
     const std::string derniereVersion = data::tournee::jourInterne(ResTourneeDates(premiere, 1));
-    ResTourneeJour = data::Interroger(database(),
+    ResTourneeJour = data::Interroger(c.database(),
                                       "SELECT SSIADTOURNEE AVEC CodeTournee = " + codeTournee +
                                           " AND AVEC DateTournee = " + entreGuillemets(derniereVersion) +
                                           " PAR HeureDebut",
@@ -242,43 +244,44 @@ void Ctr_Zandorel::CadreDetailAvecTournee() {
     DateTourneeInterne = data::tournee::jourInterne(ResTourneeJour(1, kCleTournee));
 
     // 4. Internal day numbers have five digits: text and number orders agree.
-    const std::string aujourdhui = ObjetConversion.DateInterne(clock().today());
+    const std::string aujourdhui = c.ObjetConversion.DateInterne(c.clock().today());
     const int depuisLaVersion = base::compareValues(jourDemande, DateTourneeInterne);
     if (depuisLaVersion == 0) {
         if (base::compareValues(DateTourneeInterne, aujourdhui) < 0) {
-            copierVersion(*this);
+            copierVersion(c);
         } else {
-            ajusterVersion(*this, jourDemande);
+            ajusterVersion(c, jourDemande);
         }
     } else if (depuisLaVersion > 0) {
         if (base::compareValues(jourDemande, aujourdhui) < 0) {
-            host().MsgBox("Tournée non définie pour cette date - accès impossible.", kStyleAvertissement,
-                          kTitreMessage);
+            c.host().MsgBox("Tournée non définie pour cette date - accès impossible.", kStyleAvertissement,
+                            kTitreMessage);
         } else {
-            ajusterVersion(*this, jourDemande);
+            ajusterVersion(c, jourDemande);
         }
     }
 }
 
-void Ctr_Zandorel::CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
-                               const std::string& CleElement) {
-    data::FichiersSSIAD& f = Mod.fichiers;
-    const std::string jour = ObjetConversion.DateInterne(DateAffichee);
+void Affichage::CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
+                            const std::string& CleElement) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
+    const std::string jour = c.ObjetConversion.DateInterne(c.DateAffichee);
 
     // 1. An aidé who has left the tournée's sectors drops out of the day.
     if (!secteurDeLaTournee(CodeAide + CleElement)) return;
 
     // 2. No blank after "=" in this sentence: the server takes it as it is.
     const mvdb::DynamicRecord accords = data::Interroger(
-        database(),
+        c.database(),
         "SELECT SSIADACCORDS AVEC CodeAide =" + entreGuillemets(CodeAide) +
             " AND AVEC 1 <= " + entreGuillemets(jour) + " AND AVEC 2 >= " + entreGuillemets(jour),
         data::kSSIADACCORDS, "0 1 2 3");
-    if (accords(1).empty() || !data::PeriodeActive(database(), accords, 1)) return;
+    if (accords(1).empty() || !data::PeriodeActive(c.database(), accords, 1)) return;
 
     // 3. The aidé's records of the half-day in the other tournées.
     RechercheProtocole(CodeAide);
-    if (TabProtocole->text().empty()) return;
+    if (c.TabProtocole->text().empty()) return;
     RechercheInterventionsValidees(CodeAide, true, 1);
     if (!data::LireEnregistrement(*f.SSIADTOURNEE, f.EnregSSIADTOURNEE, CleTournee)) return;
     const Enregistrement planifie{data::tournee::heureDebut(CleTournee),
@@ -286,17 +289,18 @@ void Ctr_Zandorel::CadreDetail(const std::string& CodeAide, const std::string& C
                                   f.EnregSSIADTOURNEE(data::tournee::kCleProtocole)};
 
     // 4, 5. Nothing planned elsewhere: the record keeps its row whatever it finds.
-    const std::int64_t n = lignesValidees(TabValidees);
+    const std::int64_t n = lignesValidees(c.TabValidees);
     std::optional<std::int64_t> k;
     if (n == 0) {
-        k = ligneDuProtocole(TabProtocole, planifie, Places::Indifferentes);
+        k = ligneDuProtocole(c.TabProtocole, planifie, Places::Indifferentes);
     } else {
         // 6. Every place taken elsewhere: the record has no room left in the day.
-        const std::int64_t m = placesRequises(TabProtocole);
-        if ((TabValidees(1, ColV::CleProtocole) == TabProtocole(1, ColP::CleProtocole) && n == m) || n > m)
+        const std::int64_t m = placesRequises(c.TabProtocole);
+        if ((c.TabValidees(1, ColV::CleProtocole) == c.TabProtocole(1, ColP::CleProtocole) && n == m) ||
+            n > m)
             return;
-        compterPlaces(TabProtocole, TabValidees, n);
-        k = ligneDuProtocole(TabProtocole, planifie, Places::Libres);
+        compterPlaces(c.TabProtocole, c.TabValidees, n);
+        k = ligneDuProtocole(c.TabProtocole, planifie, Places::Libres);
         if (!k) return;
     }
 
@@ -307,17 +311,18 @@ void Ctr_Zandorel::CadreDetail(const std::string& CodeAide, const std::string& C
     // 7. Only records of the shown date are deleted by the commit.
     ++NbLignesDetail;
     if (data::tournee::jourInterne(CleTournee) == jour) {
-        TabTourneeEnregistree->set(NbLignesDetail, 1, CleTournee);
-        TabTourneeEnregistree->set(NbLignesDetail, 2, planifie.cleProtocole);
+        c.TabTourneeEnregistree->set(NbLignesDetail, 1, CleTournee);
+        c.TabTourneeEnregistree->set(NbLignesDetail, 2, planifie.cleProtocole);
     }
     const std::int64_t r = *k;
     const std::string places =
-        suffixeDePlaces(NbIntervenantsTournee, n > 0, TabProtocole(r, ColP::NbIntervenantsProtocole));
-    Tables.insertAt(model::Pane::Detail, NbLignesDetail,
-                    {NbLignesDetail, base::toInteger(TabProtocole(r, ColP::HeureDebut)),
-                     base::toInteger(TabProtocole(r, ColP::HeureFin)),
-                     base::toInteger(TabProtocole(r, ColP::DureeMn)), 0, TabProtocole(r, ColP::CleProtocole),
-                     model::TypeEtq::prevu(TabProtocole(r, ColP::TypeEtq), places, planifie.debut).text()});
+        suffixeDePlaces(c.NbIntervenantsTournee, n > 0, c.TabProtocole(r, ColP::NbIntervenantsProtocole));
+    c.Tables.insertAt(
+        model::Pane::Detail, NbLignesDetail,
+        {NbLignesDetail, base::toInteger(c.TabProtocole(r, ColP::HeureDebut)),
+         base::toInteger(c.TabProtocole(r, ColP::HeureFin)),
+         base::toInteger(c.TabProtocole(r, ColP::DureeMn)), 0, c.TabProtocole(r, ColP::CleProtocole),
+         model::TypeEtq::prevu(c.TabProtocole(r, ColP::TypeEtq), places, planifie.debut).text()});
 }
 
 }  // namespace control

@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "display/affichage.h"
 
 // The choice of a tournée and a date: routines of the control, kept with the display they lead to.
 // Writing Text from code runs the box's change handler at once, inside the writer: the steps below are
@@ -14,6 +14,7 @@
 #include "data/layouts.h"
 #include "model/labels.h"
 #include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
 namespace control {
@@ -244,186 +245,201 @@ void ouvrirTourneeAffectation(Ctr_Zandorel& c) {
 
 }  // namespace
 
-void Ctr_Zandorel::RequeteTournee() {
+void Affichage::RequeteTournee() {
+    Ctr_Zandorel& c = m_c;
     // 1.
-    debutCommandeLongue();
+    c.debutCommandeLongue();
 
     // 2. Labels that begin with what was typed, not deleted, by label; an empty text lists them all.
-    RequeteTournees = data::Interroger(database(),
-                                       "SELECT SSIADCARACTTOURNEE AVEC 1 = \"" +
-                                           base::UCase(Cbo_Tournee.text()) + "]\" AND AVEC 9 <> \"1\" PAR 1",
-                                       data::kSSIADCARACTTOURNEE, "0 1 10");
+    c.RequeteTournees =
+        data::Interroger(c.database(),
+                         "SELECT SSIADCARACTTOURNEE AVEC 1 = \"" + base::UCase(c.Cbo_Tournee.text()) +
+                             "]\" AND AVEC 9 <> \"1\" PAR 1",
+                         data::kSSIADCARACTTOURNEE, "0 1 10");
 
     // 3.
-    Cbo_Tournee.clear();
-    if (!RequeteTournees(1).empty()) {
-        for (std::int64_t i = 1; i <= RequeteTournees.DCount(); ++i)
-            Cbo_Tournee.addItem(RequeteTournees(i, 2));
+    c.Cbo_Tournee.clear();
+    if (!c.RequeteTournees(1).empty()) {
+        for (std::int64_t i = 1; i <= c.RequeteTournees.DCount(); ++i)
+            c.Cbo_Tournee.addItem(c.RequeteTournees(i, 2));
     }
 
     // 4.
-    Cbo_Tournee.setText("");
+    c.Cbo_Tournee.setText("");
 
     // 5. A single match is taken as chosen: writing its code runs the code's change handler.
-    if (RequeteTournees.DCount() == 1) {
-        Cbo_Tournee.setText(RequeteTournees(1, 2));
-        Txt_CodeTournee.setText(RequeteTournees(1, 1));
+    if (c.RequeteTournees.DCount() == 1) {
+        c.Cbo_Tournee.setText(c.RequeteTournees(1, 2));
+        c.Txt_CodeTournee.setText(c.RequeteTournees(1, 1));
     } else {
-        Cbo_Tournee.setText("");
-        Txt_CodeTournee.setText("");
+        c.Cbo_Tournee.setText("");
+        c.Txt_CodeTournee.setText("");
     }
 
     // 6.
-    finCommandeLongue();
+    c.finCommandeLongue();
 }
 
-void Ctr_Zandorel::Txt_CodeTournee_Change() {
-    if (Mod.FlagAffectationEnCours) return ouvrirTourneeAffectation(*this);
-    if (static_cast<std::int64_t>(base::Len(Txt_CodeTournee.text())) != kLongueurCode)
-        return retourSansTournee(*this);
-    choisirTournee(*this);
+void Affichage::Txt_CodeTournee_Change() {
+    Ctr_Zandorel& c = m_c;
+    if (c.Mod.FlagAffectationEnCours) return ouvrirTourneeAffectation(c);
+    if (static_cast<std::int64_t>(base::Len(c.Txt_CodeTournee.text())) != kLongueurCode)
+        return retourSansTournee(c);
+    choisirTournee(c);
 }
 
-void Ctr_Zandorel::Txt_CodeTournee_KeyPress(int& KeyAscii) {
+void Affichage::Txt_CodeTournee_KeyPress(int& KeyAscii) {
+    Ctr_Zandorel& c = m_c;
     // 2.
-    if (!TourneeAnterieure) {
-        const Issue issue = questionEnregistrement(*this, true);
+    if (!c.TourneeAnterieure) {
+        const Issue issue = questionEnregistrement(c, true);
         if (issue == Issue::Retour) {
             KeyAscii = 0;
             return;
         }
-        if (issue != Issue::SansDetail) Txt_CodeTournee.setFocus();
+        if (issue != Issue::SansDetail) c.Txt_CodeTournee.setFocus();
     }
     // 3 to 5. Codes are digits only; Enter completes the code, which runs the change handler.
     if (KeyAscii == kRetourArriere) return;
-    if (KeyAscii == kEntree) return Txt_CodeTournee.setText(completerCode(Txt_CodeTournee.text()));
+    if (KeyAscii == kEntree) return c.Txt_CodeTournee.setText(completerCode(c.Txt_CodeTournee.text()));
     if (!estChiffre(KeyAscii)) KeyAscii = 0;
 }
 
-void Ctr_Zandorel::Txt_CodeTournee_LostFocus() {
-    if (!Txt_CodeTournee.text().empty()) Txt_CodeTournee.setText(completerCode(Txt_CodeTournee.text()));
+void Affichage::Txt_CodeTournee_LostFocus() {
+    Ctr_Zandorel& c = m_c;
+    if (!c.Txt_CodeTournee.text().empty()) c.Txt_CodeTournee.setText(completerCode(c.Txt_CodeTournee.text()));
 }
 
-void Ctr_Zandorel::Cbo_Tournee_Click() {
-    Txt_CodeTournee.setFocus();
+void Affichage::Cbo_Tournee_Click() {
+    Ctr_Zandorel& c = m_c;
+    c.Txt_CodeTournee.setFocus();
 }
 
-void Ctr_Zandorel::Cbo_Tournee_KeyPress(int& KeyAscii) {
+void Affichage::Cbo_Tournee_KeyPress(int& KeyAscii) {
     if (KeyAscii == kEntree) RequeteTournee();
 }
 
-void Ctr_Zandorel::Cbo_Tournee_KeyDown(int& KeyCode, int /*Shift*/) {
-    if ((KeyCode == kSuppr && !Txt_CodeTournee.text().empty()) ||
-        (KeyCode == kRetourArriere && !Cbo_Tournee.text().empty())) {
-        Txt_CodeTournee.setText("");
+void Affichage::Cbo_Tournee_KeyDown(int& KeyCode, int /*Shift*/) {
+    Ctr_Zandorel& c = m_c;
+    if ((KeyCode == kSuppr && !c.Txt_CodeTournee.text().empty()) ||
+        (KeyCode == kRetourArriere && !c.Cbo_Tournee.text().empty())) {
+        c.Txt_CodeTournee.setText("");
     }
 }
 
-void Ctr_Zandorel::Cbo_Tournee_LostFocus() {
+void Affichage::Cbo_Tournee_LostFocus() {
+    Ctr_Zandorel& c = m_c;
     // 1. The choice is taken from what stood here before the question: a commit empties the code, and
     // through it Cbo_Tournee, yet the chosen tournée still opens after it.
-    const int ligne = Cbo_Tournee.listIndex() + 1;
-    const std::string libelle = Cbo_Tournee.text();
-    const std::string ancienCode = Txt_CodeTournee.text();
+    const int ligne = c.Cbo_Tournee.listIndex() + 1;
+    const std::string libelle = c.Cbo_Tournee.text();
+    const std::string ancienCode = c.Txt_CodeTournee.text();
     // 2.
-    if (!TourneeAnterieure && questionEnregistrement(*this, false) == Issue::Retour) {
-        if (lireTournee(*this, ancienCode))
-            Cbo_Tournee.setText(Mod.fichiers.EnregSSIADCARACTTOURNEE(caract::kLibelle));
+    if (!c.TourneeAnterieure && questionEnregistrement(c, false) == Issue::Retour) {
+        if (lireTournee(c, ancienCode))
+            c.Cbo_Tournee.setText(c.Mod.fichiers.EnregSSIADCARACTTOURNEE(caract::kLibelle));
         return;
     }
     // 3 to 6.
     if (libelle.empty() || ligne == 0) return;
-    Txt_CodeTournee.setText(RequeteTournees(ligne, 1));
-    NbIntervenantsTournee = nombreIntervenants(RequeteTournees(ligne, 3));
-    activerMatinSoir(*this, false);
-    Cbo_Date.setVisible(true);
-    Txt_Date.setVisible(false);
+    c.Txt_CodeTournee.setText(c.RequeteTournees(ligne, 1));
+    c.NbIntervenantsTournee = nombreIntervenants(c.RequeteTournees(ligne, 3));
+    activerMatinSoir(c, false);
+    c.Cbo_Date.setVisible(true);
+    c.Txt_Date.setVisible(false);
 }
 
-void Ctr_Zandorel::Cbo_Date_Change() {
-    Cmd_Affichage.setEnabled(!Cbo_Date.text().empty());
+void Affichage::Cbo_Date_Change() {
+    Ctr_Zandorel& c = m_c;
+    c.Cmd_Affichage.setEnabled(!c.Cbo_Date.text().empty());
 }
 
-void Ctr_Zandorel::Cbo_Date_Click() {
-    Cmd_Affichage.setEnabled(true);
-    Cmd_Affichage.setFocus();
+void Affichage::Cbo_Date_Click() {
+    Ctr_Zandorel& c = m_c;
+    c.Cmd_Affichage.setEnabled(true);
+    c.Cmd_Affichage.setFocus();
 }
 
-void Ctr_Zandorel::Cbo_Date_KeyPress(int& KeyAscii) {
+void Affichage::Cbo_Date_KeyPress(int& KeyAscii) {
     // The dates come from the list only.
     KeyAscii = 0;
 }
 
-void Ctr_Zandorel::Cbo_Date_LostFocus() {
-    if (Mod.FlagAffectationEnCours || TourneeAnterieure) return;
+void Affichage::Cbo_Date_LostFocus() {
+    Ctr_Zandorel& c = m_c;
+    if (c.Mod.FlagAffectationEnCours || c.TourneeAnterieure) return;
     // Read before the question: the commit empties the code.
-    const std::string code = Txt_CodeTournee.text();
-    const std::string date = Cbo_Date.text();
-    const Issue issue = questionEnregistrement(*this, false);
+    const std::string code = c.Txt_CodeTournee.text();
+    const std::string date = c.Cbo_Date.text();
+    const Issue issue = questionEnregistrement(c, false);
     if (issue == Issue::Enregistree) {
-        Txt_CodeTournee.setText(code);
-        Cbo_Date.setText(date);
+        c.Txt_CodeTournee.setText(code);
+        c.Cbo_Date.setText(date);
     }
-    if (issue == Issue::Retour) Cbo_Date.setText(DateAffichee);
+    if (issue == Issue::Retour) c.Cbo_Date.setText(c.DateAffichee);
 }
 
-void Ctr_Zandorel::Txt_Date_Change() {
-    if (Etq_Aide.Count() > 1) {
+void Affichage::Txt_Date_Change() {
+    Ctr_Zandorel& c = m_c;
+    if (c.Etq_Aide.Count() > 1) {
         DechargerEtiquettes();
-        Tables.release(model::Pane::Aide);
+        c.Tables.release(model::Pane::Aide);
     }
-    Cmd_Affichage.setEnabled(!Txt_Date.text().empty());
+    c.Cmd_Affichage.setEnabled(!c.Txt_Date.text().empty());
 }
 
-void Ctr_Zandorel::Txt_Date_KeyPress(int& KeyAscii) {
+void Affichage::Txt_Date_KeyPress(int& KeyAscii) {
     // Any other key is a separator: "5.12" and "5-12" read as "5/12".
     const bool garde =
         KeyAscii == kRetourArriere || KeyAscii == kEntree || KeyAscii == kTabulation || estChiffre(KeyAscii);
     if (!garde) KeyAscii = kBarre;
 }
 
-void Ctr_Zandorel::Txt_Date_LostFocus() {
+void Affichage::Txt_Date_LostFocus() {
+    Ctr_Zandorel& c = m_c;
     // 1.
-    if (Txt_Date.text().empty()) return Cmd_Affichage.setEnabled(false);
+    if (c.Txt_Date.text().empty()) return c.Cmd_Affichage.setEnabled(false);
     // 2.
-    Txt_Date.setText(ObjetConversion.NormaliserDate(Txt_Date.text()));
+    c.Txt_Date.setText(c.ObjetConversion.NormaliserDate(c.Txt_Date.text()));
     // 3. The conversion raises its flag for exactly the texts that are no date: those are told so, as
     // is a text without an internal form.
-    const std::string interne = ObjetConversion.DateInterne(Txt_Date.text());
-    if (ObjetConversion.LireOptionDate() || interne.empty()) {
-        avertir(*this, "Erreur de saisie dans la date, veuillez la ressaisir.");
-        Txt_Date.setFocus();
+    const std::string interne = c.ObjetConversion.DateInterne(c.Txt_Date.text());
+    if (c.ObjetConversion.LireOptionDate() || interne.empty()) {
+        avertir(c, "Erreur de saisie dans la date, veuillez la ressaisir.");
+        c.Txt_Date.setFocus();
     }
     // 4. Only a date has a day to compare.
     if (!interne.empty() &&
-        base::toNumber(interne) < base::toNumber(ObjetConversion.DateInterne(clock().today()))) {
-        avertir(*this, "Cette date ne peut pas être antérieure à la date du jour.");
-        Txt_Date.setFocus();
+        base::toNumber(interne) < base::toNumber(c.ObjetConversion.DateInterne(c.clock().today()))) {
+        avertir(c, "Cette date ne peut pas être antérieure à la date du jour.");
+        c.Txt_Date.setFocus();
     }
     // 5. Stored, and the button enabled, even after a message above: deliberate, the message and the
     // focus sent back are all the warning the screen gives.
-    DateSaisie = Txt_Date.text();
-    Cmd_Affichage.setEnabled(true);
+    c.DateSaisie = c.Txt_Date.text();
+    c.Cmd_Affichage.setEnabled(true);
 }
 
-bool Ctr_Zandorel::TourneeModifiee(bool compterLignes) {
+bool Affichage::TourneeModifiee(bool compterLignes) {
+    Ctr_Zandorel& c = m_c;
     // 1.
-    if (!presenceEtqDetail(*this)) return false;
+    if (!presenceEtqDetail(c)) return false;
     // 2. A tournée with nothing stored is new.
-    const std::int64_t enregistrees = TabTourneeEnregistree.exists() ? TabTourneeEnregistree->DCount() : 0;
+    const std::int64_t enregistrees =
+        c.TabTourneeEnregistree.exists() ? c.TabTourneeEnregistree->DCount() : 0;
     if (enregistrees == 0) return true;
     // Only the key press in the code box counts the rows: elsewhere a label added or removed, with none
     // moved, is no change. The asymmetry is deliberate.
-    const std::int64_t lignes = TabTempoDetail.exists() ? TabTempoDetail->DCount() : 0;
+    const std::int64_t lignes = c.TabTempoDetail.exists() ? c.TabTempoDetail->DCount() : 0;
     if (compterLignes && lignes != enregistrees) return true;
     // 3. The stored start against the label's, as texts: deliberate, a LinkItem "850" differs from a key
     // ending in "0850".
     for (std::int64_t i = 1; i <= enregistrees; ++i) {
-        const std::string cle = TabTourneeEnregistree(i, kColCleProtocole);
-        const std::string debut = base::Right(TabTourneeEnregistree(i, kColCleTournee), 4);
+        const std::string cle = c.TabTourneeEnregistree(i, kColCleProtocole);
+        const std::string debut = base::Right(c.TabTourneeEnregistree(i, kColCleTournee), 4);
         for (std::int64_t j = 1; j <= lignes; ++j) {
-            if (base::compareValues(TabTempoDetail(j, model::col::CleProtocole), cle) == 0 &&
-                debutPrevu(*this, j) != debut) {
+            if (base::compareValues(c.TabTempoDetail(j, model::col::CleProtocole), cle) == 0 &&
+                debutPrevu(c, j) != debut) {
                 return true;
             }
         }
@@ -431,17 +447,19 @@ bool Ctr_Zandorel::TourneeModifiee(bool compterLignes) {
     return false;
 }
 
-int Ctr_Zandorel::DemandeEnregistrement() {
-    return host().MsgBox("Voulez-vous enregistrer les modifications apportées à cette tournée ?",
-                         toolkit::msgbox::kYesNoCancel | toolkit::msgbox::kExclamation, kTitreMessage);
+int Affichage::DemandeEnregistrement() {
+    Ctr_Zandorel& c = m_c;
+    return c.host().MsgBox("Voulez-vous enregistrer les modifications apportées à cette tournée ?",
+                           toolkit::msgbox::kYesNoCancel | toolkit::msgbox::kExclamation, kTitreMessage);
 }
 
-void Ctr_Zandorel::DechargerEtiquettes() {
-    Etq_Aide.unloadAll();
-    IndiceEtqMax = 0;
-    VScroll.setMax(0);
-    DerniereValeurScroll = VScroll.value();
-    VScroll.setVisible(false);
+void Affichage::DechargerEtiquettes() {
+    Ctr_Zandorel& c = m_c;
+    c.Etq_Aide.unloadAll();
+    c.IndiceEtqMax = 0;
+    c.VScroll.setMax(0);
+    c.DerniereValeurScroll = c.VScroll.value();
+    c.VScroll.setVisible(false);
 }
 
 }  // namespace control

@@ -8,6 +8,7 @@
 #include "data/conversion.h"
 #include "data/gateway.h"
 #include "data/record_checks.h"
+#include "display/affichage.h"
 #include "editing/edition.h"
 #include "model/label_tables.h"
 #include "model/working_table.h"
@@ -188,51 +189,52 @@ public:
     model::KindColours couleursNatures() const;
 
     // ---- Selection of a tournée and a date (display/selection.cpp).
-    void RequeteTournee();
-    void Txt_CodeTournee_Change();
-    void Txt_CodeTournee_KeyPress(int& KeyAscii);
-    void Txt_CodeTournee_LostFocus();
-    void Cbo_Tournee_Click();
-    void Cbo_Tournee_KeyPress(int& KeyAscii);
-    void Cbo_Tournee_KeyDown(int& KeyCode, int Shift);
-    void Cbo_Tournee_LostFocus();
-    void Cbo_Date_Change();
-    void Cbo_Date_Click();
-    void Cbo_Date_KeyPress(int& KeyAscii);
-    void Cbo_Date_LostFocus();
-    void Txt_Date_Change();
-    void Txt_Date_KeyPress(int& KeyAscii);
-    void Txt_Date_LostFocus();
+    void RequeteTournee() { affichage.RequeteTournee(); }
+    void Txt_CodeTournee_Change() { affichage.Txt_CodeTournee_Change(); }
+    void Txt_CodeTournee_KeyPress(int& KeyAscii) { affichage.Txt_CodeTournee_KeyPress(KeyAscii); }
+    void Txt_CodeTournee_LostFocus() { affichage.Txt_CodeTournee_LostFocus(); }
+    void Cbo_Tournee_Click() { affichage.Cbo_Tournee_Click(); }
+    void Cbo_Tournee_KeyPress(int& KeyAscii) { affichage.Cbo_Tournee_KeyPress(KeyAscii); }
+    void Cbo_Tournee_KeyDown(int& KeyCode, int Shift) { affichage.Cbo_Tournee_KeyDown(KeyCode, Shift); }
+    void Cbo_Tournee_LostFocus() { affichage.Cbo_Tournee_LostFocus(); }
+    void Cbo_Date_Change() { affichage.Cbo_Date_Change(); }
+    void Cbo_Date_Click() { affichage.Cbo_Date_Click(); }
+    void Cbo_Date_KeyPress(int& KeyAscii) { affichage.Cbo_Date_KeyPress(KeyAscii); }
+    void Cbo_Date_LostFocus() { affichage.Cbo_Date_LostFocus(); }
+    void Txt_Date_Change() { affichage.Txt_Date_Change(); }
+    void Txt_Date_KeyPress(int& KeyAscii) { affichage.Txt_Date_KeyPress(KeyAscii); }
+    void Txt_Date_LostFocus() { affichage.Txt_Date_LostFocus(); }
     // The unsaved-changes test: true when the tournée on show differs from what was loaded.
     // `compterLignes` adds the test on the row counts that only Txt_CodeTournee_KeyPress makes.
-    bool TourneeModifiee(bool compterLignes);
+    bool TourneeModifiee(bool compterLignes) { return affichage.TourneeModifiee(compterLignes); }
     // The question on saving, answered 6 (yes), 7 (no) or 2 (cancel).
-    int DemandeEnregistrement();
+    int DemandeEnregistrement() { return affichage.DemandeEnregistrement(); }
     // Unloads every label but the model, and empties and hides the scroll range.
-    void DechargerEtiquettes();
+    void DechargerEtiquettes() { affichage.DechargerEtiquettes(); }
 
     // ---- Display of a day (display/).
-    void Cmd_Affichage_Click();
-    void RechercheProtocole(const std::string& CodeAide);
-    void RechercheInterventionsValidees(const std::string& CodeAide, bool DemiJournee, int Portee);
-    void CadreAideSansTournee();
-    void CadreAideAvecTournee();
-    void CadreDetailAvecTournee();
+    void Cmd_Affichage_Click() { affichage.Cmd_Affichage_Click(); }
+    void RechercheProtocole(const std::string& CodeAide) { affichage.RechercheProtocole(CodeAide); }
+    void RechercheInterventionsValidees(const std::string& CodeAide, bool DemiJournee, int Portee) {
+        affichage.RechercheInterventionsValidees(CodeAide, DemiJournee, Portee);
+    }
+    void CadreAideSansTournee() { affichage.CadreAideSansTournee(); }
+    void CadreAideAvecTournee() { affichage.CadreAideAvecTournee(); }
+    void CadreDetailAvecTournee() { affichage.CadreDetailAvecTournee(); }
     // Counts the soins of a protocole into the infirmier's acts and the others, adding to the counts given:
     // callers carry them from one record to the next on purpose. A soin missing from SSIADSOINS counts
     // for neither.
-    void CompterActes(const mvdb::DynamicRecord& protocole, int& actesInfirmiers, int& autresActes);
+    void CompterActes(const mvdb::DynamicRecord& protocole, int& actesInfirmiers, int& autresActes) {
+        affichage.CompterActes(protocole, actesInfirmiers, autresActes);
+    }
     void CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
-                     const std::string& CleElement);
+                     const std::string& CleElement) {
+        affichage.CadreDetail(CodeAide, CleTournee, CleElement);
+    }
 
-    mvdb::DynamicRecord ResTournee;         // raw reply of RechercheInterventionsValidees
-    mvdb::DynamicRecord TabAccords;         // accords of the day, without a tournée
-    mvdb::DynamicRecord TabAccordsTournee;  // accords of the day, for the tournée shown
-    mvdb::DynamicRecord ResTourneeDates;    // keys of the tournée at or before the date, latest first
-    mvdb::DynamicRecord ResTourneeJour;     // records of the version in force
-    std::string DateTourneeInterne;
-    int NbLignesDetail = 0;
     int NbLignesAnomalies = 0;
+    // The display's own state: the replies it reads a day from.
+    Affichage affichage{*this};
 
     // Columns of TabProtocole: one row per intervention the aidé needs in the half-day shown.
     struct ColProtocole {
@@ -245,13 +247,6 @@ public:
                              NbIntervenantsValides = 5;
     };
 
-private:
-    // The sector filter of a shown tournée: reads SSIADELEMGEST `cleElemGest` and SSIADCARACTTOURNEE of
-    // Txt_CodeTournee into their buffers; true when both exist and the aidé's sector (attribute 23) is
-    // one of the tournée's (attribute 8).
-    bool secteurDeLaTournee(const std::string& cleElemGest);
-
-public:
     // ---- Editing of a tournée (editing/), forwarded to the editing's own object.
     // Drag tracking.
     void Etq_Aide_MouseMove(int Index, int Button, int Shift, float X, float Y) {
@@ -308,19 +303,25 @@ public:
     // ---- Records that other programs wrote badly (display/affichage.cpp).
     // True when there is no fault; a fault joins those that the display or print in progress tells once,
     // at its end, and its record gives no label and no printed line.
-    bool enregistrementSain(const std::optional<data::RecordFault>& defaut);
+    bool enregistrementSain(const std::optional<data::RecordFault>& defaut) {
+        return affichage.enregistrementSain(defaut);
+    }
     // Row i of a reply on SSIADACCORDS listed "0 1 2 3", its days checked as enregistrementSain does
     // (display/cadre_aide.cpp, beside the reply's columns).
-    bool accordSain(const mvdb::DynamicRecord& accords, std::int64_t i);
+    bool accordSain(const mvdb::DynamicRecord& accords, std::int64_t i) {
+        return affichage.accordSain(accords, i);
+    }
     // The aidé's absences, checked likewise before the waiting pane asks what he needs: absences that
     // make no sense cannot tell whether he is there. The tournée's own records of him are shown still,
     // so that a validation keeps them.
-    bool absencesSaines(const std::string& CodeAide);
+    bool absencesSaines(const std::string& CodeAide) { return affichage.absencesSaines(CodeAide); }
     // Takes out of a reply listed with "0 1 2" (key, planned end, ...) the planned interventions that
     // make no sense, noting each; the other rows keep their order.
-    void ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse);
+    void ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse) {
+        affichage.ecarterInterventionsIncoherentes(reponse);
+    }
     // One box that names every fault noted since the last one, when there is any; then forgets them.
-    void signalerDefauts();
+    void signalerDefauts() { affichage.signalerDefauts(); }
     data::FaultList defautsLus;
     // ---- Saving (saving/).
     // Validates the tournée on show. Whether it went through is ValidationAnomalies: false only when the
@@ -434,7 +435,8 @@ private:
     void setTabOrder();
     // TheDatabase as the host handed it over; a failure that says so when it never did.
     mvdb::Database& database() const;
-    // The editing and the saving read the database as the control does.
+    // The display, the editing and the saving read the database as the control does.
+    friend class Affichage;
     friend class Edition;
     friend class Sauvegarde;
     Sauvegarde m_sauvegarde{*this};

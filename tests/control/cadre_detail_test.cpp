@@ -57,7 +57,7 @@ control::Ctr_Zandorel& afficher(testing_support::ControlFixture& f, const std::s
     c.Cbo_Date.setText(date);
     c.Tables.renew(model::Pane::Aide);
     c.Tables.renew(model::Pane::Detail);
-    c.NbLignesDetail = 0;
+    c.affichage.NbLignesDetail = 0;
     c.CadreDetailAvecTournee();
     return c;
 }

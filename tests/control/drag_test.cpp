@@ -38,8 +38,9 @@ std::string presser(int bouton, double left, double top, bool survolee, const st
     EXPECT_EQ(e.c.IndiceEtqCourante, 2);
     // "-" while the press left no pane.
     const std::string_view pane = model::paneText(e.c.PanneauSource);
-    std::string out = std::string(pane.empty() ? "-" : pane) + " " + std::to_string(e.c.edition.DecalageSourisX) +
-                      "," + std::to_string(e.c.edition.DecalageSourisY);
+    std::string out = std::string(pane.empty() ? "-" : pane) + " " +
+                      std::to_string(e.c.edition.DecalageSourisX) + "," +
+                      std::to_string(e.c.edition.DecalageSourisY);
     if (e.c.UserControl.dragSource() == &etiquette) out += " drag";
     if (e.f.host.menuChoicesQueued() == 0) out += e.c.Mnu_AffectationTournee.enabled() ? " menu+" : " menu";
     return out;
