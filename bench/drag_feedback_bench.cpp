@@ -51,8 +51,8 @@ struct Ecran {
     Ecran() {
         c.UserControl.setObserver(&observateur);
         c.ChargerEtiquetteHeuresDetail(6.00, 14.00);
-        c.DecalageSourisX = 20;
-        c.DecalageSourisY = 20;
+        c.edition.DecalageSourisX = 20;
+        c.edition.DecalageSourisY = 20;
     }
 };
 

@@ -114,7 +114,7 @@ json stateJson(const control::Ctr_Zandorel& ctl) {
             {"PasQuartHeure", ctl.PasQuartHeure},
             {"IndiceEtqMax", ctl.IndiceEtqMax},
             {"IndiceEtqCourante", ctl.IndiceEtqCourante},
-            {"PanneauSource", ctl.PanneauSource},
+            {"PanneauSource", std::string(model::paneText(ctl.PanneauSource))},
             {"SansTournee", ctl.SansTournee},
             {"TourneeAnterieure", ctl.TourneeAnterieure},
             {"JourneeAffichee", ctl.JourneeAffichee},

@@ -235,6 +235,11 @@ std::int64_t roundHalfEven(double value) {
     return static_cast<std::int64_t>(rounded);
 }
 
+int toInteger(std::string_view text) {
+    // The narrowing keeps the low 32 bits, as the tables' integers always were taken.
+    return static_cast<int>(roundHalfEven(toNumber(text)));
+}
+
 std::string formatFixed(double value, int decimals) {
     // The longest text: a sign, 309 integer digits, the comma and the decimals, which stop at 1074.
     std::string text(static_cast<std::size_t>(std::clamp(decimals, 0, 1074)) + 320, '\0');

@@ -37,6 +37,9 @@ double Int(double value);
 // Conversion to an integer: the nearest one, halves to the even neighbour (2.5 -> 2, 3.5 -> 4).
 std::int64_t roundHalfEven(double value);
 
+// A table's text as a whole number: read as toNumber does, then converted to an integer as above.
+int toInteger(std::string_view text);
+
 // Fixed number of decimals with a decimal comma: formatFixed(12.5, 2) is "12,50".
 std::string formatFixed(double value, int decimals);
 // The same text written at the start of a caller's buffer, without allocating, for the routines that

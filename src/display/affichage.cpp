@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "display/affichage.h"
 
 // The display command. It turns the choice of a tournée and a date into labels, and is the one routine
 // that makes items of Etq_Aide: the pane builders only fill the tables.
@@ -10,16 +10,12 @@
 #include "model/clock.h"
 #include "model/labels.h"
 #include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
 namespace control {
 
 namespace {
-
-// Rows that the pane of aidés shows at once; more need the scroll bar.
-constexpr std::int64_t kLignesVisibles = 7;
-
-constexpr const char* kTitreMessage = "Message KORVELINE";
 
 // The range of the last display goes with its labels. Emptied while no label is loaded, so that the
 // Change a clamped value fires has nothing to move; a stale value would otherwise fire over the new rows
@@ -35,8 +31,7 @@ void viderDefilement(Ctr_Zandorel& c) {
 // bar is put on row 1, whose Change shows rows 1 to 7 where they were made and parks the others. When
 // the value already is 1, the Change is run here instead, so the rows are laid out exactly once.
 void reglerDefilement(Ctr_Zandorel& c) {
-    const std::int64_t n = c.TabTempoAide->DCount();
-    c.VScroll.setMax(n > kLignesVisibles ? static_cast<int>(n) : 0);
+    c.VScroll.setMax(c.Tables.scrollMax());
     c.DerniereValeurScroll = c.VScroll.value();
     c.VScroll.setVisible(c.VScroll.max() != 0);
     if (c.VScroll.max() == 0) return;
@@ -53,66 +48,68 @@ void creerEtiquettesAide(Ctr_Zandorel& c) {
 
 }  // namespace
 
-bool Ctr_Zandorel::enregistrementSain(const std::optional<data::RecordFault>& defaut) {
+bool Affichage::enregistrementSain(const std::optional<data::RecordFault>& defaut) {
+    Ctr_Zandorel& c = m_c;
     if (!defaut) return true;
-    defautsLus.add(*defaut);
+    c.defautsLus.add(*defaut);
     return false;
 }
 
-void Ctr_Zandorel::ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse) {
+void Affichage::ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse) {
     for (std::int64_t i = reponse.DCount(); i >= 1; --i) {
         if (!enregistrementSain(data::checkPlanned(reponse(i, 1), reponse(i, 2)))) reponse.Delete(i);
     }
 }
 
-void Ctr_Zandorel::signalerDefauts() {
-    if (defautsLus.empty()) return;
-    const std::string message = defautsLus.message();
-    defautsLus.clear();
-    host().MsgBox(message, toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
+void Affichage::signalerDefauts() {
+    Ctr_Zandorel& c = m_c;
+    if (c.defautsLus.empty()) return;
+    const std::string message = c.defautsLus.message();
+    c.defautsLus.clear();
+    c.host().MsgBox(message, kStyleAvertissement, kTitreMessage);
 }
 
-void Ctr_Zandorel::Cmd_Affichage_Click() {
-    const Historique::Oubli oubli(historique);
+void Affichage::Cmd_Affichage_Click() {
+    Ctr_Zandorel& c = m_c;
+    const Historique::Oubli oubli(c.historique);
     // 1. What the last display met was told then.
-    debutCommandeLongue();
-    SansTournee = false;
-    defautsLus.clear();
+    c.debutCommandeLongue();
+    c.SansTournee = false;
+    c.defautsLus.clear();
 
     // 2. While an assignment is pending, the waiting labels and their table stay as they are.
-    if (!Mod.FlagAffectationEnCours) {
-        if (Etq_Aide.Count() > 1) {
-            Etq_Aide.unloadAll();
-            IndiceEtqMax = 0;
+    if (!c.Mod.FlagAffectationEnCours) {
+        if (c.Etq_Aide.Count() > 1) {
+            c.Etq_Aide.unloadAll();
+            c.IndiceEtqMax = 0;
         }
-        TabTempoAide.renew();
-        viderDefilement(*this);
+        c.Tables.renew(model::Pane::Aide);
+        viderDefilement(c);
     }
 
     // The panes are built from several queries: they must all see one state of the database, or a
     // tournée another planner validates meanwhile would show partly old and partly new.
     std::optional<mvdb::ConsistentRead> lecture;
-    if (Mod.fichiers.TheDatabase) lecture.emplace(*Mod.fichiers.TheDatabase);
+    if (c.Mod.fichiers.TheDatabase) lecture.emplace(*c.Mod.fichiers.TheDatabase);
 
     // 3. The anomaly list belongs to the day on show.
-    TabTempoDetail.renew();
-    TabAnomalies.renew();
-    NbLignesAnomalies = 0;
+    c.Tables.renew(model::Pane::Detail);
+    c.TabAnomalies.renew();
+    c.NbLignesAnomalies = 0;
 
-    if (Txt_CodeTournee.text().empty()) {
+    if (c.Txt_CodeTournee.text().empty()) {
         // 4. JourneeAffichee and the caption of Cmd_Sortir stay as they were.
-        SansTournee = true;
-        m_versionAffichee.reset();
+        c.SansTournee = true;
+        c.m_sauvegarde.oublierVersionAffichee();
         CadreAideSansTournee();
         // The labels read their aidés' records in the same moment; no moment is held while the user
         // reads a message.
-        if (!TabTempoAide->text().empty()) {
-            creerEtiquettesAide(*this);
+        if (!c.TabTempoAide->text().empty()) {
+            creerEtiquettesAide(c);
             lecture.reset();
         } else {
             lecture.reset();
-            host().MsgBox("Pas d'aidé à affecter pour cette date.",
-                          toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
+            c.host().MsgBox("Pas d'aidé à affecter pour cette date.", kStyleAvertissement, kTitreMessage);
         }
     } else {
         // 5.
@@ -120,31 +117,31 @@ void Ctr_Zandorel::Cmd_Affichage_Click() {
         CadreDetailAvecTournee();
 
         // 6. No anomaly is looked for in a past day, nor during an assignment.
-        for (std::int64_t i = 1; i <= TabTempoDetail->DCount(); ++i) {
-            const toolkit::Label& etiquette = creerEtiquetteDetail(static_cast<int>(i));
-            if (!Mod.FlagAffectationEnCours && !TourneeAnterieure) TesterAnomalie(i, etiquette);
+        for (std::int64_t i = 1; i <= c.TabTempoDetail->DCount(); ++i) {
+            const toolkit::Label& etiquette = c.creerEtiquetteDetail(static_cast<int>(i));
+            if (!c.Mod.FlagAffectationEnCours && !c.TourneeAnterieure) c.TesterAnomalie(i, etiquette);
         }
 
         // 7.
-        AlternerCouleursDetail();
+        c.AlternerCouleursDetail();
 
         // 8.
-        if (!Mod.FlagAffectationEnCours) {
-            if (!TabTempoAide->text().empty()) creerEtiquettesAide(*this);
-            Cmd_Sortir.setCaption("Annuler");
-            JourneeAffichee = true;
+        if (!c.Mod.FlagAffectationEnCours) {
+            if (!c.TabTempoAide->text().empty()) creerEtiquettesAide(c);
+            c.Cmd_Sortir.setCaption("Annuler");
+            c.JourneeAffichee = true;
         }
     }
 
     // 9. The faults are told over a finished screen, once no read of the database is open.
     lecture.reset();
-    finCommandeLongue();
+    c.finCommandeLongue();
     signalerDefauts();
 
     // 10. Over a finished screen, enabled.
-    if (usage == Usage::Ecran && !Mod.FlagAffectationEnCours && !TourneeAnterieure &&
-        !TabAnomalies->text().empty())
-        AfficherAnomalies(true);
+    if (c.usage == Ctr_Zandorel::Usage::Ecran && !c.Mod.FlagAffectationEnCours && !c.TourneeAnterieure &&
+        !c.TabAnomalies->text().empty())
+        c.AfficherAnomalies(true);
 }
 
 }  // namespace control

@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "display/affichage.h"
 
 // The pane of aidés: the interventions of the day that still lack an intervenant, derived for each
 // aidé from the accord, the protocoles and what is already planned. With a tournée shown, only what
@@ -13,6 +13,7 @@
 #include "data/layouts.h"
 #include "model/labels.h"
 #include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
 
 namespace control {
 
@@ -39,10 +40,6 @@ bool egal(std::string_view valeur, std::string_view nombre) {
     return base::compareValues(valeur, nombre) == 0;
 }
 
-int entier(std::string_view texte) {
-    return static_cast<int>(base::roundHalfEven(base::toNumber(texte)));
-}
-
 // Counts into NbPlaces the places of each protocole row that the validated records fill: a record of a
 // one-person tournée fills one place and any other record two. For a tournée of two only whether a
 // protocole is untouched matters, and each record counts one.
@@ -65,12 +62,12 @@ std::optional<std::string> typeEtqRestant(const model::WorkTable& protocoles, st
     const std::string requis = protocoles(r, ColP::NbIntervenantsProtocole);
     const std::string places = protocoles(r, ColP::NbPlaces);
     if (equipe == Equipe::Paire) {
-        if (egal(places, "0")) return nature + "|2";
+        if (egal(places, "0")) return model::TypeEtq::pourDeux(nature, '2').text();
         return std::nullopt;
     }
     if (egal(requis, "1") && egal(places, "0")) return nature;
-    if (egal(requis, "2") && egal(places, "0")) return nature + "|2";
-    if (egal(requis, "2") && egal(places, "1")) return nature + "|1";
+    if (egal(requis, "2") && egal(places, "0")) return model::TypeEtq::pourDeux(nature, '2').text();
+    if (egal(requis, "2") && egal(places, "1")) return model::TypeEtq::pourDeux(nature, '1').text();
     return std::nullopt;
 }
 
@@ -82,19 +79,19 @@ std::vector<model::LabelRow> etiquettesRestantes(Ctr_Zandorel& c, Equipe equipe)
     for (std::int64_t r = 1; !c.TabProtocole(r, ColP::CleProtocole).empty(); ++r) {
         std::optional<std::string> typeEtq = typeEtqRestant(c.TabProtocole, r, equipe);
         if (!typeEtq) continue;
-        restantes.push_back({static_cast<int>(r), entier(c.TabProtocole(r, ColP::HeureDebut)),
-                             entier(c.TabProtocole(r, ColP::HeureFin)),
-                             entier(c.TabProtocole(r, ColP::DureeMn)), 0,
+        restantes.push_back({static_cast<int>(r), base::toInteger(c.TabProtocole(r, ColP::HeureDebut)),
+                             base::toInteger(c.TabProtocole(r, ColP::HeureFin)),
+                             base::toInteger(c.TabProtocole(r, ColP::DureeMn)), 0,
                              c.TabProtocole(r, ColP::CleProtocole), *typeEtq});
     }
     return restantes;
 }
 
-// Puts the rows a pane builder derives into TabTempoAide where InsererDansTabTempoAide, called for each in
+// Puts the rows a pane builder derives into TabTempoAide where insertByStart, called for each in
 // turn, would have put them. A row goes after every row that starts no later, so on a table empty at the
 // start the outcome is the arrivals in a stable order of start: one sort instead of a walk from the first
 // row for each, which made the display quadratic in its labels. A table that holds rows already, or none
-// at all, takes each row through InsererDansTabTempoAide as it comes.
+// at all, takes each row through insertByStart as it comes.
 class RangementAide {
 public:
     using UnParUn = std::function<void(const model::LabelRow&)>;
@@ -118,8 +115,7 @@ public:
             m_rangees.begin(), m_rangees.end(),
             [](const model::LabelRow& a, const model::LabelRow& b) { return a.HeureDebut < b.HeureDebut; });
         for (const model::LabelRow& e : m_rangees)
-            m_c.AjoutEtqAide(static_cast<int>(m_c.TabTempoAide->DCount()) + 1, e.NumEtq, e.HeureDebut,
-                             e.HeureFin, e.DureeMn, e.TopEtq, e.CleProtocole, e.TypeEtq);
+            m_c.Tables.insertAt(model::Pane::Aide, m_c.TabTempoAide->DCount() + 1, e);
         m_rangees.clear();
     }
 
@@ -131,7 +127,7 @@ private:
 };
 
 // Runs a pane builder, which hands each row it derives to the RangementAide it is given; `unParUn` is
-// InsererDansTabTempoAide. The rows are written when the builder fails halfway too, so that the table
+// insertByStart. The rows are written when the builder fails halfway too, so that the table
 // holds what the insertions made before the failure would have left.
 void rangerDansTabTempoAide(Ctr_Zandorel& c, RangementAide::UnParUn unParUn,
                             const std::function<void(RangementAide&)>& construire) {
@@ -147,39 +143,24 @@ void rangerDansTabTempoAide(Ctr_Zandorel& c, RangementAide::UnParUn unParUn,
 
 }  // namespace
 
-int Ctr_Zandorel::InsererDansTabTempoAide(int NumEtq, int HeureDebut, int HeureFin, int DureeMn, int TopEtq,
-                                          const std::string& CleProtocole, const std::string& TypeEtq) {
-    const auto n = static_cast<int>(TabTempoAide->DCount());
-    const std::string debut = base::numberText(HeureDebut);
-    // An empty table, or a last row that starts no later, takes the row at the end. Otherwise the row
-    // goes before the first one that starts strictly later: rows of equal start keep their arrival.
-    int row = n + 1;
-    const mvdb::DynamicRecord& table = *TabTempoAide;
-    if (n > 0 && base::compareValues(table.view(n, model::col::HeureDebut), debut) > 0) {
-        row = 1;
-        while (base::compareValues(table.view(row, model::col::HeureDebut), debut) <= 0)
-            ++row;
-    }
-    AjoutEtqAide(row, NumEtq, HeureDebut, HeureFin, DureeMn, TopEtq, CleProtocole, TypeEtq);
-    return row;
-}
-
-bool Ctr_Zandorel::accordSain(const mvdb::DynamicRecord& accords, std::int64_t i) {
+bool Affichage::accordSain(const mvdb::DynamicRecord& accords, std::int64_t i) {
     return enregistrementSain(data::checkAccordDays(accords(i, kCleAccord), accords(i, kPremierJourAccord),
                                                     accords(i, kDernierJourAccord)));
 }
 
-bool Ctr_Zandorel::absencesSaines(const std::string& CodeAide) {
-    data::FichiersSSIAD& f = Mod.fichiers;
+bool Affichage::absencesSaines(const std::string& CodeAide) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
     mvdb::DynamicRecord civil;
     return !f.CIVILAIDE || !data::LireEnregistrement(*f.CIVILAIDE, civil, CodeAide) ||
            enregistrementSain(data::checkRecord(data::kCIVILAIDE, CodeAide, civil));
 }
 
-bool Ctr_Zandorel::secteurDeLaTournee(const std::string& cleElemGest) {
-    data::FichiersSSIAD& f = Mod.fichiers;
+bool Affichage::secteurDeLaTournee(const std::string& cleElemGest) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
     if (!data::LireEnregistrement(*f.SSIADELEMGEST, f.EnregSSIADELEMGEST, cleElemGest)) return false;
-    if (!data::LireEnregistrement(*f.SSIADCARACTTOURNEE, f.EnregSSIADCARACTTOURNEE, Txt_CodeTournee.text()))
+    if (!data::LireEnregistrement(*f.SSIADCARACTTOURNEE, f.EnregSSIADCARACTTOURNEE, c.Txt_CodeTournee.text()))
         return false;
     const std::string secteur = f.EnregSSIADELEMGEST(data::elemgest::kSecteur);
     const mvdb::DynamicRecord& tournee = f.EnregSSIADCARACTTOURNEE;
@@ -189,51 +170,45 @@ bool Ctr_Zandorel::secteurDeLaTournee(const std::string& cleElemGest) {
     return false;
 }
 
-void Ctr_Zandorel::CadreAideSansTournee() {
-    debutCommandeLongue();
+void Affichage::CadreAideSansTournee() {
+    Ctr_Zandorel& c = m_c;
+    c.debutCommandeLongue();
 
     // 1. No accord on that date: nothing to derive, but the pointer and the control come back all the
     // same.
-    TabAccords = accordsDuJour(database(), ObjetConversion.DateInterne(Txt_Date.text()));
+    TabAccords = accordsDuJour(c.database(), c.ObjetConversion.DateInterne(c.Txt_Date.text()));
 
     // 2.
     if (!TabAccords(1).empty()) {
         rangerDansTabTempoAide(
-            *this,
-            [this](const model::LabelRow& e) {
-                InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq,
-                                        e.CleProtocole, e.TypeEtq);
-            },
-            [this](RangementAide& rangement) {
+            c, [&c](const model::LabelRow& e) { c.Tables.insertByStart(e); },
+            [this, &c](RangementAide& rangement) {
                 for (std::int64_t i = 1; i <= TabAccords.DCount(); ++i) {
                     if (!accordSain(TabAccords, i)) continue;
-                    if (!data::PeriodeActive(database(), TabAccords, i)) continue;
+                    if (!data::PeriodeActive(c.database(), TabAccords, i)) continue;
                     const std::string code = base::Left(TabAccords(i, kCleAccord), 5);
                     if (!absencesSaines(code)) continue;
                     RechercheProtocole(code);
                     RechercheInterventionsValidees(code, false, 2);
                     // 3.
-                    for (model::LabelRow& e : etiquettesRestantes(*this, Equipe::Seul))
+                    for (model::LabelRow& e : etiquettesRestantes(c, Equipe::Seul))
                         rangement.ajouter(std::move(e));
                 }
             });
     }
 
-    finCommandeLongue();
+    c.finCommandeLongue();
 }
 
-void Ctr_Zandorel::CadreAideAvecTournee() {
+void Affichage::CadreAideAvecTournee() {
+    Ctr_Zandorel& c = m_c;
     // 1. An empty result leaves the loop without a turn.
-    TabAccordsTournee = accordsDuJour(database(), ObjetConversion.DateInterne(Cbo_Date.text()));
-    const Equipe equipe = NbIntervenantsTournee == 2 ? Equipe::Paire : Equipe::Seul;
+    TabAccordsTournee = accordsDuJour(c.database(), c.ObjetConversion.DateInterne(c.Cbo_Date.text()));
+    const Equipe equipe = c.NbIntervenantsTournee == 2 ? Equipe::Paire : Equipe::Seul;
 
     rangerDansTabTempoAide(
-        *this,
-        [this](const model::LabelRow& e) {
-            InsererDansTabTempoAide(e.NumEtq, e.HeureDebut, e.HeureFin, e.DureeMn, e.TopEtq, e.CleProtocole,
-                                    e.TypeEtq);
-        },
-        [this, equipe](RangementAide& rangement) {
+        c, [&c](const model::LabelRow& e) { c.Tables.insertByStart(e); },
+        [this, &c, equipe](RangementAide& rangement) {
             for (std::int64_t i = 1; i <= TabAccordsTournee.DCount(); ++i) {
                 const std::string cle = TabAccordsTournee(i, kCleAccord);
                 const std::string code = base::Left(cle, 5);
@@ -241,13 +216,13 @@ void Ctr_Zandorel::CadreAideAvecTournee() {
                 if (!secteurDeLaTournee(code + base::Mid(cle, 9, 6))) continue;
                 // 3.
                 if (!accordSain(TabAccordsTournee, i)) continue;
-                if (!data::PeriodeActive(database(), TabAccordsTournee, i)) continue;
+                if (!data::PeriodeActive(c.database(), TabAccordsTournee, i)) continue;
                 if (!absencesSaines(code)) continue;
                 // 4. With the tournée's filter; every record of the aidé's day, this tournée's included.
                 RechercheProtocole(code);
                 RechercheInterventionsValidees(code, true, 2);
                 // 5.
-                for (model::LabelRow& e : etiquettesRestantes(*this, equipe))
+                for (model::LabelRow& e : etiquettesRestantes(c, equipe))
                     rangement.ajouter(std::move(e));
             }
         });

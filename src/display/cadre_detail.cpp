@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "display/affichage.h"
 
 // The detail pane. A tournée is stored as dated versions, and the version in force on a day is the
 // latest one at or before it: a past day shows exactly what was saved, any other day fits the latest
@@ -13,6 +13,7 @@
 #include "data/layouts.h"
 #include "model/labels.h"
 #include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
 namespace control {
@@ -39,10 +40,6 @@ bool egal(std::string_view a, std::string_view b) {
     return base::compareValues(a, b) == 0;
 }
 
-int entier(std::string_view texte) {
-    return static_cast<int>(base::roundHalfEven(base::toNumber(texte)));
-}
-
 // Rows of TabValidees, up to the first without a start: readers do not look behind a hole.
 std::int64_t lignesValidees(const model::WorkTable& validees) {
     std::int64_t n = 0;
@@ -56,7 +53,7 @@ std::int64_t placesRequises(const model::WorkTable& protocoles) {
     std::int64_t m = 0;
     for (std::int64_t r = 1; r <= protocoles->DCount(); ++r) {
         const std::string requis = protocoles(r, ColP::NbIntervenantsProtocole);
-        m += requis.empty() ? 1 : entier(requis);
+        m += requis.empty() ? 1 : base::toInteger(requis);
     }
     return m;
 }
@@ -125,7 +122,7 @@ std::string suffixeDePlaces(int nbIntervenantsTournee, bool validees, std::strin
 // Takes out of the waiting list what the detail rows hold. A pair, or a one-person intervention, or the
 // second person of a pair, leaves the list; a pair with both places free keeps one.
 void retirerPlacees(Ctr_Zandorel& c) {
-    model::WorkTable& aide = c.TabTempoAide;
+    const model::WorkTable& aide = c.TabTempoAide;
     const std::int64_t nd = c.TabTempoDetail->DCount();
     for (std::int64_t d = 1; d <= nd; ++d) {
         const std::string cle = c.TabTempoDetail(d, model::col::CleProtocole);
@@ -134,13 +131,12 @@ void retirerPlacees(Ctr_Zandorel& c) {
         const std::int64_t na = aide->DCount();
         for (std::int64_t a = 1; a <= na; ++a) {
             if (aide(a, model::col::CleProtocole) != cle) continue;
-            const std::string type = aide(a, model::col::TypeEtq);
-            const std::string dernier = base::Right(type, 1);
-            const auto longueur = static_cast<std::int64_t>(base::Len(type));
-            if (c.NbIntervenantsTournee == 2 || longueur == 1 || dernier == "1") {
-                aide->Delete(a);
+            const model::TypeEtq type = c.Tables.typeEtq(model::Pane::Aide, a);
+            const std::string dernier = base::Right(type.text(), 1);
+            if (c.NbIntervenantsTournee == 2 || base::Len(type.text()) == 1 || dernier == "1") {
+                c.Tables.remove(model::Pane::Aide, a);
             } else if (dernier == "2") {
-                aide->set(a, model::col::TypeEtq, base::Left(type, longueur - 1) + "1");
+                c.Tables.setTypeEtq(model::Pane::Aide, a, type.avecDerniereFigure('1'));
             }
         }
     }
@@ -155,13 +151,13 @@ void ajusterVersion(Ctr_Zandorel& c, const std::string& jourDemande) {
         !f.EnregSSIADCARACTTOURNEE(data::caracttournee::kSupprimee).empty()) {
         return;
     }
-    for (std::int64_t i = 1; i <= c.ResTourneeJour.DCount(); ++i) {
-        const std::string cleProtocole = c.ResTourneeJour(i, kCleProtocole);
-        c.CadreDetail(base::Left(cleProtocole, 5), c.ResTourneeJour(i, kCleTournee),
+    for (std::int64_t i = 1; i <= c.affichage.ResTourneeJour.DCount(); ++i) {
+        const std::string cleProtocole = c.affichage.ResTourneeJour(i, kCleProtocole);
+        c.CadreDetail(base::Left(cleProtocole, 5), c.affichage.ResTourneeJour(i, kCleTournee),
                       base::Mid(cleProtocole, 11, 6));
     }
     // The day of an assignment keeps its waiting list as it was.
-    if (egal(jourDemande, c.DateTourneeInterne) && c.Mod.FlagAffectationEnCours) return;
+    if (egal(jourDemande, c.affichage.DateTourneeInterne) && c.Mod.FlagAffectationEnCours) return;
     if (c.usage == Ctr_Zandorel::Usage::Chiffres) return;
     c.CadreAideAvecTournee();
     retirerPlacees(c);
@@ -183,20 +179,21 @@ void copierVersion(Ctr_Zandorel& c) {
     int actesInfirmiers = 0;
     int autresActes = 0;
     std::string nature;
-    for (std::int64_t i = 1; i <= c.ResTourneeJour.DCount(); ++i) {
-        const std::string cleProtocole = c.ResTourneeJour(i, kCleProtocole);
-        const std::string debut = base::Right(c.ResTourneeJour(i, kCleTournee), 4);
+    for (std::int64_t i = 1; i <= c.affichage.ResTourneeJour.DCount(); ++i) {
+        const std::string cleProtocole = c.affichage.ResTourneeJour(i, kCleProtocole);
+        const std::string debut = base::Right(c.affichage.ResTourneeJour(i, kCleTournee), 4);
         const double dureeMn =
-            (base::toNumber(c.ResTourneeJour(i, kFinPrevue)) / 100 - base::toNumber(debut) / 100) * 100 * 6 /
-            10;
+            (base::toNumber(c.affichage.ResTourneeJour(i, kFinPrevue)) / 100 - base::toNumber(debut) / 100) *
+            100 * 6 / 10;
         if (data::LireEnregistrement(*f.SSIADPROTOCOLE, f.EnregSSIADPROTOCOLE, cleProtocole)) {
             c.CompterActes(f.EnregSSIADPROTOCOLE, actesInfirmiers, autresActes);
             nature = natureDesActes(actesInfirmiers, autresActes);
         }
-        c.CouleurAjoutEtqLst(static_cast<int>(i), static_cast<int>(i), entier(base::Right(cleProtocole, 4)),
-                             entier(f.EnregSSIADPROTOCOLE(data::protocole::kBorneFin)),
-                             static_cast<int>(base::roundHalfEven(dureeMn)), 0, cleProtocole,
-                             nature + "|" + debut);
+        c.Tables.insertAt(model::Pane::Detail, i,
+                          {static_cast<int>(i), base::toInteger(base::Right(cleProtocole, 4)),
+                           base::toInteger(f.EnregSSIADPROTOCOLE(data::protocole::kBorneFin)),
+                           static_cast<int>(base::roundHalfEven(dureeMn)), 0, cleProtocole,
+                           model::TypeEtq::prevu(nature, "|", debut).text()});
     }
     // The count of waiting rows is compared with the empty text, which a count never equals: the flag is
     // always set on this path. Deliberate; drops on a past day are refused through it.
@@ -205,21 +202,22 @@ void copierVersion(Ctr_Zandorel& c) {
 
 }  // namespace
 
-void Ctr_Zandorel::CadreDetailAvecTournee() {
+void Affichage::CadreDetailAvecTournee() {
+    Ctr_Zandorel& c = m_c;
     // 1.
-    DateAffichee = Mod.FlagAffectationEnCours ? Txt_Date.text() : Cbo_Date.text();
-    TourneeAnterieure = false;
-    TabTourneeEnregistree.renew();
-    const std::string codeTournee = entreGuillemets(Txt_CodeTournee.text());
-    const std::string jourDemande = ObjetConversion.DateInterne(DateAffichee);
+    c.DateAffichee = c.Mod.FlagAffectationEnCours ? c.Txt_Date.text() : c.Cbo_Date.text();
+    c.TourneeAnterieure = false;
+    c.TabTourneeEnregistree.renew();
+    const std::string codeTournee = entreGuillemets(c.Txt_CodeTournee.text());
+    const std::string jourDemande = c.ObjetConversion.DateInterne(c.DateAffichee);
     // Read with the records below, in the same view of the database: what a validation of this day will
     // replace, and must find unchanged.
-    m_versionAffichee = versionStockee(Txt_CodeTournee.text(), jourDemande);
+    c.m_sauvegarde.retenirVersionAffichee(c.Txt_CodeTournee.text(), jourDemande);
 
     // 2. A tournée never filled has only its waiting list. Records that make no sense are passed over:
     // the latest version is that of the first sound record, and a day holding none has no version. The
     // end is listed for that check alone.
-    ResTourneeDates = data::Interroger(database(),
+    ResTourneeDates = data::Interroger(c.database(),
                                        "SELECT SSIADTOURNEE AVEC CodeTournee = " + codeTournee +
                                            " AND AVEC DateTournee <= " + entreGuillemets(jourDemande) +
                                            " PAR-DECR DateTournee",
@@ -230,13 +228,13 @@ void Ctr_Zandorel::CadreDetailAvecTournee() {
         !enregistrementSain(data::checkPlanned(ResTourneeDates(premiere, 1), ResTourneeDates(premiere, 2))))
         ++premiere;
     if (ResTourneeDates(premiere).empty()) {
-        if (usage == Usage::Ecran) CadreAideAvecTournee();
+        if (c.usage == Ctr_Zandorel::Usage::Ecran) CadreAideAvecTournee();
         return;
     }
 
     // 3.
     const std::string derniereVersion = data::tournee::jourInterne(ResTourneeDates(premiere, 1));
-    ResTourneeJour = data::Interroger(database(),
+    ResTourneeJour = data::Interroger(c.database(),
                                       "SELECT SSIADTOURNEE AVEC CodeTournee = " + codeTournee +
                                           " AND AVEC DateTournee = " + entreGuillemets(derniereVersion) +
                                           " PAR HeureDebut",
@@ -246,43 +244,44 @@ void Ctr_Zandorel::CadreDetailAvecTournee() {
     DateTourneeInterne = data::tournee::jourInterne(ResTourneeJour(1, kCleTournee));
 
     // 4. Internal day numbers have five digits: text and number orders agree.
-    const std::string aujourdhui = ObjetConversion.DateInterne(clock().today());
+    const std::string aujourdhui = c.ObjetConversion.DateInterne(c.clock().today());
     const int depuisLaVersion = base::compareValues(jourDemande, DateTourneeInterne);
     if (depuisLaVersion == 0) {
         if (base::compareValues(DateTourneeInterne, aujourdhui) < 0) {
-            copierVersion(*this);
+            copierVersion(c);
         } else {
-            ajusterVersion(*this, jourDemande);
+            ajusterVersion(c, jourDemande);
         }
     } else if (depuisLaVersion > 0) {
         if (base::compareValues(jourDemande, aujourdhui) < 0) {
-            host().MsgBox("Tournée non définie pour cette date - accès impossible.",
-                          toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, "Message KORVELINE");
+            c.host().MsgBox("Tournée non définie pour cette date - accès impossible.", kStyleAvertissement,
+                            kTitreMessage);
         } else {
-            ajusterVersion(*this, jourDemande);
+            ajusterVersion(c, jourDemande);
         }
     }
 }
 
-void Ctr_Zandorel::CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
-                               const std::string& CleElement) {
-    data::FichiersSSIAD& f = Mod.fichiers;
-    const std::string jour = ObjetConversion.DateInterne(DateAffichee);
+void Affichage::CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
+                            const std::string& CleElement) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
+    const std::string jour = c.ObjetConversion.DateInterne(c.DateAffichee);
 
     // 1. An aidé who has left the tournée's sectors drops out of the day.
     if (!secteurDeLaTournee(CodeAide + CleElement)) return;
 
     // 2. No blank after "=" in this sentence: the server takes it as it is.
     const mvdb::DynamicRecord accords = data::Interroger(
-        database(),
+        c.database(),
         "SELECT SSIADACCORDS AVEC CodeAide =" + entreGuillemets(CodeAide) +
             " AND AVEC 1 <= " + entreGuillemets(jour) + " AND AVEC 2 >= " + entreGuillemets(jour),
         data::kSSIADACCORDS, "0 1 2 3");
-    if (accords(1).empty() || !data::PeriodeActive(database(), accords, 1)) return;
+    if (accords(1).empty() || !data::PeriodeActive(c.database(), accords, 1)) return;
 
     // 3. The aidé's records of the half-day in the other tournées.
     RechercheProtocole(CodeAide);
-    if (TabProtocole->text().empty()) return;
+    if (c.TabProtocole->text().empty()) return;
     RechercheInterventionsValidees(CodeAide, true, 1);
     if (!data::LireEnregistrement(*f.SSIADTOURNEE, f.EnregSSIADTOURNEE, CleTournee)) return;
     const Enregistrement planifie{data::tournee::heureDebut(CleTournee),
@@ -290,17 +289,18 @@ void Ctr_Zandorel::CadreDetail(const std::string& CodeAide, const std::string& C
                                   f.EnregSSIADTOURNEE(data::tournee::kCleProtocole)};
 
     // 4, 5. Nothing planned elsewhere: the record keeps its row whatever it finds.
-    const std::int64_t n = lignesValidees(TabValidees);
+    const std::int64_t n = lignesValidees(c.TabValidees);
     std::optional<std::int64_t> k;
     if (n == 0) {
-        k = ligneDuProtocole(TabProtocole, planifie, Places::Indifferentes);
+        k = ligneDuProtocole(c.TabProtocole, planifie, Places::Indifferentes);
     } else {
         // 6. Every place taken elsewhere: the record has no room left in the day.
-        const std::int64_t m = placesRequises(TabProtocole);
-        if ((TabValidees(1, ColV::CleProtocole) == TabProtocole(1, ColP::CleProtocole) && n == m) || n > m)
+        const std::int64_t m = placesRequises(c.TabProtocole);
+        if ((c.TabValidees(1, ColV::CleProtocole) == c.TabProtocole(1, ColP::CleProtocole) && n == m) ||
+            n > m)
             return;
-        compterPlaces(TabProtocole, TabValidees, n);
-        k = ligneDuProtocole(TabProtocole, planifie, Places::Libres);
+        compterPlaces(c.TabProtocole, c.TabValidees, n);
+        k = ligneDuProtocole(c.TabProtocole, planifie, Places::Libres);
         if (!k) return;
     }
 
@@ -311,17 +311,18 @@ void Ctr_Zandorel::CadreDetail(const std::string& CodeAide, const std::string& C
     // 7. Only records of the shown date are deleted by the commit.
     ++NbLignesDetail;
     if (data::tournee::jourInterne(CleTournee) == jour) {
-        TabTourneeEnregistree->set(NbLignesDetail, 1, CleTournee);
-        TabTourneeEnregistree->set(NbLignesDetail, 2, planifie.cleProtocole);
+        c.TabTourneeEnregistree->set(NbLignesDetail, 1, CleTournee);
+        c.TabTourneeEnregistree->set(NbLignesDetail, 2, planifie.cleProtocole);
     }
     const std::int64_t r = *k;
-    CouleurAjoutEtqLst(
-        NbLignesDetail, NbLignesDetail, entier(TabProtocole(r, ColP::HeureDebut)),
-        entier(TabProtocole(r, ColP::HeureFin)), entier(TabProtocole(r, ColP::DureeMn)), 0,
-        TabProtocole(r, ColP::CleProtocole),
-        TabProtocole(r, ColP::TypeEtq) +
-            suffixeDePlaces(NbIntervenantsTournee, n > 0, TabProtocole(r, ColP::NbIntervenantsProtocole)) +
-            planifie.debut);
+    const std::string places =
+        suffixeDePlaces(c.NbIntervenantsTournee, n > 0, c.TabProtocole(r, ColP::NbIntervenantsProtocole));
+    c.Tables.insertAt(
+        model::Pane::Detail, NbLignesDetail,
+        {NbLignesDetail, base::toInteger(c.TabProtocole(r, ColP::HeureDebut)),
+         base::toInteger(c.TabProtocole(r, ColP::HeureFin)),
+         base::toInteger(c.TabProtocole(r, ColP::DureeMn)), 0, c.TabProtocole(r, ColP::CleProtocole),
+         model::TypeEtq::prevu(c.TabProtocole(r, ColP::TypeEtq), places, planifie.debut).text()});
 }
 
 }  // namespace control

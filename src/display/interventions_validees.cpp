@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "display/affichage.h"
 
 // What is already planned for an aidé on the day shown: the records of SSIADTOURNEE, which the pane
 // builders match with TabProtocole by the protocole's key.
@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "data/layouts.h"
 #include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
 
 namespace control {
 
@@ -45,10 +46,10 @@ std::string phraseDemiJournee(std::string_view debut, std::string_view fin, std:
 void ecrireValidee(Ctr_Zandorel& c, std::int64_t ligne, std::int64_t i) {
     using Col = Ctr_Zandorel::ColValidees;
     data::FichiersSSIAD& f = c.Mod.fichiers;
-    const std::string cle = c.ResTournee(i, kCle);
+    const std::string cle = c.affichage.ResTournee(i, kCle);
     c.TabValidees->set(ligne, Col::HeureValidee, base::Right(cle, 4));
-    c.TabValidees->set(ligne, Col::HeureFinValidee, c.ResTournee(i, kFin));
-    c.TabValidees->set(ligne, Col::CleProtocole, c.ResTournee(i, kCleProtocole));
+    c.TabValidees->set(ligne, Col::HeureFinValidee, c.affichage.ResTournee(i, kFin));
+    c.TabValidees->set(ligne, Col::CleProtocole, c.affichage.ResTournee(i, kCleProtocole));
     if (data::LireEnregistrement(*f.SSIADCARACTTOURNEE, f.EnregSSIADCARACTTOURNEE,
                                  data::tournee::codeTournee(cle))) {
         const std::string nb = f.EnregSSIADCARACTTOURNEE(data::caracttournee::kNbIntervenants);
@@ -59,39 +60,40 @@ void ecrireValidee(Ctr_Zandorel& c, std::int64_t ligne, std::int64_t i) {
 
 }  // namespace
 
-void Ctr_Zandorel::RechercheInterventionsValidees(const std::string& CodeAide, bool DemiJournee, int Portee) {
-    data::FichiersSSIAD& f = Mod.fichiers;
+void Affichage::RechercheInterventionsValidees(const std::string& CodeAide, bool DemiJournee, int Portee) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
 
     // 1.
-    TabValidees.renew();
+    c.TabValidees.renew();
     std::int64_t ligneCible = 1;
 
     // 2, 3.
-    const std::string tournee = Txt_CodeTournee.text();
+    const std::string tournee = c.Txt_CodeTournee.text();
     const bool avecTournee = !tournee.empty();
-    const std::string debut = base::numberText(HeureDebutEchelle * 100);
-    const std::string fin = base::numberText(HeureFinEchelle * 100);
+    const std::string debut = base::numberText(c.HeureDebutEchelle * 100);
+    const std::string fin = base::numberText(c.HeureFinEchelle * 100);
     std::string phrase;
     if (!avecTournee) {
-        phrase = phraseJour(CodeAide, ObjetConversion.DateInterne(Txt_Date.text()));
+        phrase = phraseJour(CodeAide, c.ObjetConversion.DateInterne(c.Txt_Date.text()));
     } else if (DemiJournee && Portee == 1) {
-        phrase = phraseJour(CodeAide, ObjetConversion.DateInterne(DateAffichee)) +
+        phrase = phraseJour(CodeAide, c.ObjetConversion.DateInterne(c.DateAffichee)) +
                  phraseDemiJournee(debut, fin, "<>", tournee);
     } else if (DemiJournee) {
-        phrase = phraseJour(CodeAide, ObjetConversion.DateInterne(DateAffichee));
+        phrase = phraseJour(CodeAide, c.ObjetConversion.DateInterne(c.DateAffichee));
     } else {
         // No caller asks for this form at present; DateTourneeInterne is already internal.
         phrase = phraseJour(CodeAide, DateTourneeInterne) + phraseDemiJournee(debut, fin, "=", tournee);
     }
 
     // 4.
-    ResTournee = data::Interroger(database(), phrase, data::kSSIADTOURNEE, kListe);
+    ResTournee = data::Interroger(c.database(), phrase, data::kSSIADTOURNEE, kListe);
     ecarterInterventionsIncoherentes(ResTournee);
 
     // 6, without a tournée: every record at its own row.
     if (!avecTournee) {
         for (std::int64_t i = 1; !ResTournee(i, kCle).empty(); ++i)
-            ecrireValidee(*this, i, i);
+            ecrireValidee(c, i, i);
         return;
     }
 
@@ -108,14 +110,14 @@ void Ctr_Zandorel::RechercheInterventionsValidees(const std::string& CodeAide, b
 
         // 5.2.
         if (f.EnregSSIADCARACTTOURNEE(data::caracttournee::kType) != kTourneeSoignant) {
-            ecrireValidee(*this, i, i);
+            ecrireValidee(c, i, i);
             continue;
         }
 
         // 5.3.
         if (!data::LireEnregistrement(*f.SSIADPROTOCOLE, f.EnregSSIADPROTOCOLE,
                                       ResTournee(i, kCleProtocole))) {
-            ecrireValidee(*this, i, i);
+            ecrireValidee(c, i, i);
             continue;
         }
 
@@ -124,14 +126,14 @@ void Ctr_Zandorel::RechercheInterventionsValidees(const std::string& CodeAide, b
 
         // 5.5.
         if (autresActes == 0) continue;
-        ecrireValidee(*this, ligneCible, i);
+        ecrireValidee(c, ligneCible, i);
         ++ligneCible;
     }
 }
 
-void Ctr_Zandorel::CompterActes(const mvdb::DynamicRecord& protocole, int& actesInfirmiers,
-                                int& autresActes) {
-    data::FichiersSSIAD& f = Mod.fichiers;
+void Affichage::CompterActes(const mvdb::DynamicRecord& protocole, int& actesInfirmiers, int& autresActes) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
     for (std::int64_t v = 1; v <= protocole.DCount(data::protocole::kSoins); ++v) {
         if (!data::LireEnregistrement(*f.SSIADSOINS, f.EnregSSIADSOINS,
                                       protocole(data::protocole::kSoins, v)))

@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "display/affichage.h"
 
 // What an aidé needs on the day shown. Nothing stores it: the server expands the protocoles for the
 // date into a temporary record, which this routine reads, sifts and deletes.
@@ -11,6 +11,7 @@
 #include "data/record_checks.h"
 #include "model/clock.h"
 #include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
 
 namespace control {
 
@@ -72,29 +73,30 @@ const std::string& nomUtilisateur(const Ctr_Zandorel& c) {
 
 }  // namespace
 
-void Ctr_Zandorel::RechercheProtocole(const std::string& CodeAide) {
-    data::FichiersSSIAD& f = Mod.fichiers;
+void Affichage::RechercheProtocole(const std::string& CodeAide) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
 
     // 1.
-    const bool avecTournee = !Txt_CodeTournee.text().empty();
+    const bool avecTournee = !c.Txt_CodeTournee.text().empty();
 
     // 2.
     mvdb::DynamicRecord commande;
-    TabProtocole.renew();
+    c.TabProtocole.renew();
     int ligne = 0;
 
     // 3.
-    const std::string nomTemporaire =
-        base::UCase(nomUtilisateur(*this)) + heureHhnnss(clock().secondsOfDay());
+    const std::string nomTemporaire = base::UCase(nomUtilisateur(c)) + heureHhnnss(c.clock().secondsOfDay());
 
     // 4. The range is one day long.
-    const std::string premierJour = ObjetConversion.DateInterne(avecTournee ? DateAffichee : Txt_Date.text());
+    const std::string premierJour =
+        c.ObjetConversion.DateInterne(avecTournee ? c.DateAffichee : c.Txt_Date.text());
     const std::string dernierJour = premierJour;
 
     // 5.
     commande.set(1, std::string(kProgramme) + " |" + nomTemporaire + "||S|" + premierJour + "|" +
                         dernierJour + "|" + "|" + "|" + CodeAide + "|AA" + "|");
-    database().RunProgram(commande.text());
+    c.database().RunProgram(commande.text());
 
     // 6.
     f.EnregTPSTEMPO =
@@ -111,8 +113,8 @@ void Ctr_Zandorel::RechercheProtocole(const std::string& CodeAide) {
             if (!enregistrementSain(data::checkProtocole(
                     cle, res(1, reponse::kDebut, i), res(1, reponse::kFin, i), res(1, reponse::kDureeMn, i))))
                 continue;
-            if (!chevaucheEchelle(res(1, reponse::kDebut, i), res(1, reponse::kFin, i), HeureDebutEchelle,
-                                  HeureFinEchelle)) {
+            if (!chevaucheEchelle(res(1, reponse::kDebut, i), res(1, reponse::kFin, i), c.HeureDebutEchelle,
+                                  c.HeureFinEchelle)) {
                 continue;
             }
             // The server passes on the protocoles whose days it cannot judge: checked here with the rest.
@@ -121,21 +123,21 @@ void Ctr_Zandorel::RechercheProtocole(const std::string& CodeAide) {
                 !enregistrementSain(data::checkRecord(data::kSSIADPROTOCOLE, cle, f.EnregSSIADPROTOCOLE)))
                 continue;
             // 9.
-            if (avecTournee && !retenuParLaTournee(f, lu, nature, NbIntervenantsTournee)) continue;
+            if (avecTournee && !retenuParLaTournee(f, lu, nature, c.NbIntervenantsTournee)) continue;
 
             ++ligne;
-            TabProtocole->set(ligne, ColProtocole::CleProtocole, cle);
-            TabProtocole->set(ligne, ColProtocole::HeureDebut, res(1, reponse::kDebut, i));
-            TabProtocole->set(ligne, ColProtocole::HeureFin, res(1, reponse::kFin, i));
-            TabProtocole->set(ligne, ColProtocole::TypeEtq, nature);
-            TabProtocole->set(ligne, ColProtocole::DureeMn, res(1, reponse::kDureeMn, i));
-            TabProtocole->set(ligne, ColProtocole::NbPlaces, "0");
+            c.TabProtocole->set(ligne, Ctr_Zandorel::ColProtocole::CleProtocole, cle);
+            c.TabProtocole->set(ligne, Ctr_Zandorel::ColProtocole::HeureDebut, res(1, reponse::kDebut, i));
+            c.TabProtocole->set(ligne, Ctr_Zandorel::ColProtocole::HeureFin, res(1, reponse::kFin, i));
+            c.TabProtocole->set(ligne, Ctr_Zandorel::ColProtocole::TypeEtq, nature);
+            c.TabProtocole->set(ligne, Ctr_Zandorel::ColProtocole::DureeMn, res(1, reponse::kDureeMn, i));
+            c.TabProtocole->set(ligne, Ctr_Zandorel::ColProtocole::NbPlaces, "0");
 
             // Without a tournée a protocole that cannot be read keeps its row with no count of people:
             // the pane builders then make no label of it.
             if (avecTournee || lu) {
-                TabProtocole->set(ligne, ColProtocole::NbIntervenantsProtocole,
-                                  f.EnregSSIADPROTOCOLE(data::protocole::kNbIntervenants, 1));
+                c.TabProtocole->set(ligne, Ctr_Zandorel::ColProtocole::NbIntervenantsProtocole,
+                                    f.EnregSSIADPROTOCOLE(data::protocole::kNbIntervenants, 1));
             }
         }
     }

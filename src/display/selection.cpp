@@ -21,7 +21,6 @@ namespace caract = data::caracttournee;
 
 constexpr int kRetourArriere = 8, kTabulation = 9, kEntree = 13, kSuppr = 46, kBarre = 47;
 constexpr std::int64_t kLongueurCode = 3;
-const std::string kTitre = "Message KORVELINE";
 
 constexpr int kColCleTournee = 1, kColCleProtocole = 2;  // of TabTourneeEnregistree
 
@@ -86,7 +85,7 @@ bool lireTournee(Ctr_Zandorel& c, const std::string& code) {
 }
 
 void avertir(Ctr_Zandorel& c, const std::string& message) {
-    c.host().MsgBox(message, toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitre);
+    c.host().MsgBox(message, kStyleAvertissement, kTitreMessage);
 }
 
 void activerMatinSoir(Ctr_Zandorel& c, bool actif) {
@@ -114,8 +113,8 @@ std::string debutPrevu(const Ctr_Zandorel& c, std::int64_t j) {
 void viderEcran(Ctr_Zandorel& c) {
     if (c.Etq_Aide.Count() <= 1) return;
     c.DechargerEtiquettes();
-    c.TabTempoAide.release();
-    c.TabTempoDetail.release();
+    c.Tables.release(model::Pane::Aide);
+    c.Tables.release(model::Pane::Detail);
 }
 
 // Emptying the code runs case A from inside this call.
@@ -158,7 +157,7 @@ void choisirTournee(Ctr_Zandorel& c) {
     c.Cbo_Date.clear();
     c.Cbo_Date.setText("");
     c.Txt_Date.setVisible(false);
-    c.TabTempoDetail.release();
+    c.Tables.release(model::Pane::Detail);
     c.TabAnomalies.release();
     // 6.
     if (c.Etq_Aide.Count() > 1) c.DechargerEtiquettes();
@@ -184,7 +183,7 @@ void ouvrirTourneeAffectation(Ctr_Zandorel& c) {
     for (toolkit::Control* fige : std::initializer_list<toolkit::Control*>{
              &c.Txt_Date, &c.Cmd_Affichage, &c.Cbo_Tournee, &c.Txt_CodeTournee})
         fige->setEnabled(false);
-    c.TabTempoDetail.release();
+    c.Tables.release(model::Pane::Detail);
     c.TabAnomalies.release();
     // 4. Only the label being assigned stays usable.
     if (c.Etq_Aide.Count() > 1) {
@@ -234,8 +233,8 @@ void Selection::retourSansTournee() {
     c.Cbo_Date.setVisible(false);
     c.Txt_Date.setVisible(true);
     c.Txt_Date.setText(DateSaisie.empty() ? c.clock().today().text() : DateSaisie);
-    c.TabTempoDetail.release();
-    c.TabTempoAide.release();
+    c.Tables.release(model::Pane::Detail);
+    c.Tables.release(model::Pane::Aide);
     c.TabAnomalies.release();
     c.Opt_Matin_Click();
 }
@@ -369,7 +368,7 @@ void Selection::Cbo_Date_LostFocus() {
 void Selection::Txt_Date_Change() {
     if (m_ctl.Etq_Aide.Count() > 1) {
         m_ctl.DechargerEtiquettes();
-        m_ctl.TabTempoAide.release();
+        m_ctl.Tables.release(model::Pane::Aide);
     }
     m_ctl.Cmd_Affichage.setEnabled(!m_ctl.Txt_Date.text().empty());
 }
@@ -433,7 +432,7 @@ bool Selection::TourneeModifiee(bool compterLignes) {
 
 int Selection::DemandeEnregistrement() {
     return m_ctl.host().MsgBox("Voulez-vous enregistrer les modifications apportées à cette tournée ?",
-                               toolkit::msgbox::kYesNoCancel | toolkit::msgbox::kExclamation, kTitre);
+                               toolkit::msgbox::kYesNoCancel | toolkit::msgbox::kExclamation, kTitreMessage);
 }
 
 void Ctr_Zandorel::DechargerEtiquettes() {

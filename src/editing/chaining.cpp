@@ -1,7 +1,8 @@
-#include <climits>
 #include <cstdint>
+#include <optional>
 
 #include "base/text.h"
+#include "editing/edition.h"
 #include "model/labels.h"
 #include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
@@ -14,10 +15,9 @@ namespace {
 
 // The label of row i of TabTempoDetail, through NumEtq; nullptr when none is loaded for it.
 toolkit::Label* etiquetteDeLigne(Ctr_Zandorel& c, std::int64_t i) {
-    const std::int64_t index =
-        base::roundHalfEven(base::toNumber(c.TabTempoDetail->view(i, model::col::NumEtq)));
-    if (index < 1 || index > INT_MAX || !c.Etq_Aide.exists(static_cast<int>(index))) return nullptr;
-    return &c.Etq_Aide(static_cast<int>(index));
+    const std::optional<int> index = c.Tables.labelOfRow(model::Pane::Detail, i);
+    if (!index || !c.Etq_Aide.exists(*index)) return nullptr;
+    return &c.Etq_Aide(*index);
 }
 
 double cellule(const Ctr_Zandorel& c, std::int64_t i, int colonne) {
@@ -26,39 +26,40 @@ double cellule(const Ctr_Zandorel& c, std::int64_t i, int colonne) {
 
 }  // namespace
 
-void Ctr_Zandorel::Cmd_Enchainement_Click() {
-    const Historique::Deplacement deplacement(historique);
+void Edition::Cmd_Enchainement_Click() {
+    Ctr_Zandorel& c = m_c;
+    const Historique::Deplacement deplacement(c.historique);
     // 1.
-    if (TourneeAnterieure) {
-        host().MsgBox("Enchaînement impossible : date de la tournée antérieure à la date du jour.",
-                      toolkit::msgbox::kExclamation, "Message KORVELINE");
+    if (c.TourneeAnterieure) {
+        c.host().MsgBox("Enchaînement impossible : date de la tournée antérieure à la date du jour.",
+                        kStyleAvertissement, kTitreMessage);
         return;
     }
     // Before any display there is no tournée to chain, as with an empty one.
-    if (!TabTempoDetail.exists()) return;
+    if (!c.TabTempoDetail.exists()) return;
 
     // 2. Top to bottom, so that a label just brought up hands its new end on to the next one.
-    const std::int64_t n = TabTempoDetail->DCount();
+    const std::int64_t n = c.TabTempoDetail->DCount();
     for (std::int64_t i = 1; i <= n; ++i) {
         // 2.1
-        if (TabTempoDetail(i + 1).empty()) continue;
+        if (c.TabTempoDetail(i + 1).empty()) continue;
 
         // 2.2 The end of label i from the table, in twips, not rounded.
-        const double dureeMn = cellule(*this, i, model::col::DureeMn);
-        const double fin = cellule(*this, i, model::col::TopEtq) + (PasQuartHeure * 4.0 * dureeMn) / 60;
+        const double dureeMn = cellule(c, i, model::col::DureeMn);
+        const double fin = cellule(c, i, model::col::TopEtq) + (c.PasQuartHeure * 4.0 * dureeMn) / 60;
 
         // 2.3 Labels that touch or overlap stay: chaining only closes gaps.
-        if (fin >= cellule(*this, i + 1, model::col::TopEtq)) continue;
+        if (fin >= cellule(c, i + 1, model::col::TopEtq)) continue;
 
         // 2.4
-        TabTempoDetail->set(i + 1, model::col::TopEtq, base::numberText(fin));
-        toolkit::Label* suivante = etiquetteDeLigne(*this, i + 1);
+        c.Tables.setTopEtq(model::Pane::Detail, i + 1, fin);
+        toolkit::Label* suivante = etiquetteDeLigne(c, i + 1);
         if (!suivante) continue;  // a row shown by no label has no place or start to change
         suivante->setTop(fin);
 
         // 2.5 The start follows in hundredths of an hour: minutes times 10 / 6, the half added inside
         // Int. Deliberately not the rounding of the shifting engine, whose push rounds otherwise.
-        const toolkit::Label* precedente = etiquetteDeLigne(*this, i);
+        const toolkit::Label* precedente = etiquetteDeLigne(c, i);
         if (!precedente) continue;
         const std::int64_t debut = base::roundHalfEven(base::toNumber(precedente->linkItem()));
         const double suite = static_cast<double>(debut) + base::Int(dureeMn * 10 / 6 + 0.5);

@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "editing/edition.h"
 
 // The drop of a label: whether it is refused, goes back to the waiting list or lands in the tournée at a
 // time, and how far an act for two intervenants is placed. A drop changes the tables and the labels
@@ -12,32 +12,15 @@
 #include "data/layouts.h"
 #include "model/clock.h"
 #include "model/labels.h"
+#include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
 namespace control {
 
 namespace {
 
-constexpr const char* kTitre = "Message KORVELINE";
-constexpr int kStyle = toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation;
-
 // A drop this close to the grab offset, both ways, is no move.
 constexpr double kSeuilDeplacement = 200;
-// Where a label of pane "DETAIL" goes back to pane "AIDE" (its left and top).
-constexpr double kRetourGauche = 5295, kRetourDroite = 11000, kRetourHaut = 1110, kRetourBas = 5910;
-// Where a label lands in pane "DETAIL". Narrower than where the feedback shows a time, and the bottom
-// counts the label's height.
-constexpr double kPoseGauche = 200, kPoseDroite = 4230, kPoseHaut = 750, kPoseBas = 6355;
-constexpr double kLargeurDetail = 4230;
-
-int entier(std::string_view texte) {
-    return static_cast<int>(base::roundHalfEven(base::toNumber(texte)));
-}
-
-// The last figure of an act for two: "2" none placed yet, "1" one placed; '\0' for an act for one.
-char figure(const std::string& typeEtq) {
-    return base::Len(typeEtq) > 1 ? base::Right(typeEtq, 1)[0] : '\0';
-}
 
 struct Aide {
     std::string code, nom, prenom;
@@ -52,25 +35,26 @@ struct Comptage {
 
 // Rule R5. An act for two whose first intervenant is in another tournée of the day may come only at a
 // time shared with that one; true when the drop may go on.
-bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, const std::string& cle, int minutes, bool depuisAide) {
+bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, mvdb::DynamicRecord& reponse, const std::string& cle,
+             int minutes, bool depuisAide) {
     // 1.
-    if (depuisAide && Ctr_Zandorel::chercherLigne(c.TabTempoDetail, model::col::CleProtocole, cle) != 0) {
+    if (depuisAide && c.Tables.findByKey(model::Pane::Detail, cle) != 0) {
         c.Etq_Horaire.setVisible(false);
         c.host().MsgBox("Déplacement impossible : cette intervention est déjà affectée à cette tournée.",
-                        kStyle, kTitre);
+                        kStyleAvertissement, kTitreMessage);
         return false;
     }
     // 2.
     const std::string phrase = "SELECT SSIADTOURNEE AVEC DateTournee = \"" +
                                c.ObjetConversion.DateInterne(c.DateAffichee) + "\" AND AVEC 2 =\"" + cle +
                                "]\" AND AVEC CodeTournee <>\"" + c.Txt_CodeTournee.text() + "\"";
-    c.ReponseAutresTournees = data::Interroger(db, phrase, data::kSSIADTOURNEE, "0 1 2");
-    c.ecarterInterventionsIncoherentes(c.ReponseAutresTournees);
-    if (c.ReponseAutresTournees.DCount() == 0) return true;
+    reponse = data::Interroger(db, phrase, data::kSSIADTOURNEE, "0 1 2");
+    c.ecarterInterventionsIncoherentes(reponse);
+    if (reponse.DCount() == 0) return true;
     // 3. Only the first tournée that holds the act counts.
-    const std::string cleAutre = c.ReponseAutresTournees(1, 1);
+    const std::string cleAutre = reponse(1, 1);
     const double debutAutre = base::toNumber(data::tournee::heureDebut(cleAutre));
-    const double finAutre = base::toNumber(c.ReponseAutresTournees(1, 2));
+    const double finAutre = base::toNumber(reponse(1, 2));
     // 4.
     const double heures = model::HeureVersCentiemes(base::toNumber(c.Etq_Horaire.caption()));
     const auto debut = static_cast<double>(base::roundHalfEven(heures * 100));
@@ -86,7 +70,7 @@ bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, const std::string& cle, int mi
     c.host().MsgBox("Déplacement impossible : un intervenant est déjà prévu dans la tournée " + code + " (" +
                         f.EnregSSIADCARACTTOURNEE(data::caracttournee::kLibelle) + ") de " +
                         Ctr_Zandorel::heureDepot(debutAutre) + " à " + Ctr_Zandorel::heureDepot(finAutre),
-                    kStyle, kTitre);
+                    kStyleAvertissement, kTitreMessage);
     return false;
 }
 
@@ -94,7 +78,8 @@ bool regleR5(Ctr_Zandorel& c, mvdb::Database& db, const std::string& cle, int mi
 // Deliberately without the blank and the suffix that the display writes behind the minutes.
 Comptage libelleDetail(const Aide& aide, int minutes, const std::string& linkItem, int dureeMn) {
     const std::string duree = base::numberText(minutes) + "mn";
-    const std::string fin = Ctr_Zandorel::heureDepot(entier(base::Left(linkItem, 4)) + dureeMn * 10.0 / 6);
+    const std::string fin =
+        Ctr_Zandorel::heureDepot(base::toInteger(base::Left(linkItem, 4)) + dureeMn * 10.0 / 6);
     return {aide.nom + " " + aide.prenom + " " + duree,
             aide.code + " - " + aide.nom + " " + aide.prenom + " - " +
                 Ctr_Zandorel::heureDepot(base::toNumber(linkItem)) + " à " + fin + " = " + duree};
@@ -121,7 +106,7 @@ void chargerMoitie(Ctr_Zandorel& c, std::int64_t r, const Aide& aide, double anc
     look.toolTip = model::toolTipAide(facts);
     look.backColor = model::colourNumber(
         model::couleurParType(typeEtq, c.CouleurInfirmier, c.CouleurSoignant, c.CouleurMixte));
-    toolkit::Label& moitie = c.Etq_Aide.Load(entier(t(r, model::col::NumEtq)));
+    toolkit::Label& moitie = c.Etq_Aide.Load(base::toInteger(t(r, model::col::NumEtq)));
     model::applyLook(moitie, look);
     moitie.setVisible(true);
 }
@@ -129,15 +114,15 @@ void chargerMoitie(Ctr_Zandorel& c, std::int64_t r, const Aide& aide, double anc
 // What becomes of an act for two that leaves pane "AIDE" for the tournée (r its row there, typeEtq its
 // column 7, rewritten here). Gives the wording of the placed label when it changes, and whether a waiting
 // half was made.
-Comptage compterIntervenants(Ctr_Zandorel& c, std::int64_t r, std::string& typeEtq, const Comptage& detail,
+Comptage compterIntervenants(Ctr_Zandorel& c, std::int64_t r, model::TypeEtq& typeEtq, const Comptage& detail,
                              const Aide& aide, bool aideLu, double ancienLeft, double ancienneLargeur) {
-    const char f = figure(typeEtq);
-    const std::string un = base::Left(typeEtq, 2) + "1";
+    const char f = typeEtq.figure();
+    const model::TypeEtq un = typeEtq.avecFigure('1');
     if (c.NbIntervenantsTournee == 2) {
         // Both intervenants are in this tournée: the row leaves the waiting list.
         if (f != '2') return detail;
         typeEtq = un;
-        c.TabTempoAide->set(r, model::col::TypeEtq, typeEtq);
+        c.Tables.setTypeEtq(model::Pane::Aide, r, typeEtq);
         return {detail.caption + "    ", detail.toolTip, true};
     }
     const Comptage unSurDeux{detail.caption + " 1/2", detail.toolTip + " - 1/2", true};
@@ -149,19 +134,15 @@ Comptage compterIntervenants(Ctr_Zandorel& c, std::int64_t r, std::string& typeE
     // The split. Deliberately the dragged label's row stays in TabTempoAide right behind the new half,
     // ending in 1 like it: closing the waiting list skips both rows, and a return finds the new half first.
     typeEtq = un;
-    c.TabTempoAide->set(r, model::col::TypeEtq, typeEtq);
-    const mvdb::DynamicRecord& t = *c.TabTempoAide;
-    c.AjoutEtqAide(static_cast<int>(r), ++c.IndiceEtqMax, entier(t(r, model::col::HeureDebut)),
-                   entier(t(r, model::col::HeureFin)), entier(t(r, model::col::DureeMn)),
-                   entier(t(r, model::col::TopEtq)), t(r, model::col::CleProtocole), typeEtq);
-    chargerMoitie(c, r, aide, ancienLeft, ancienneLargeur);
+    chargerMoitie(c, c.Tables.split(r, ++c.IndiceEtqMax), aide, ancienLeft, ancienneLargeur);
     return {unSurDeux.caption, unSurDeux.toolTip, true, true};
 }
 
 }  // namespace
 
-int Ctr_Zandorel::hauteurDetail(int minutes) const {
-    return static_cast<int>(base::roundHalfEven(PasQuartHeure * 4.0 * minutes / 60));
+int Edition::hauteurDetail(int minutes) const {
+    Ctr_Zandorel& c = m_c;
+    return static_cast<int>(base::roundHalfEven(c.PasQuartHeure * 4.0 * minutes / 60));
 }
 
 std::string Ctr_Zandorel::heureDepot(double centiemes) {
@@ -170,28 +151,21 @@ std::string Ctr_Zandorel::heureDepot(double centiemes) {
     return base::Left(hhmm, 2) + "h" + base::Right(hhmm, 2);
 }
 
-std::int64_t Ctr_Zandorel::chercherLigne(const model::WorkTable& table, int colonne,
-                                         const std::string& valeur) {
-    const std::int64_t n = table->DCount();
-    for (std::int64_t i = 1; i <= n; ++i) {
-        if (base::compareValues(table(i, colonne), valeur) == 0) return i;
-    }
-    return 0;
-}
-
-void Ctr_Zandorel::RechercheTourneesIntervenant(const std::string& cle, bool& trouve) {
+void Edition::RechercheTourneesIntervenant(const std::string& cle, bool& trouve) {
+    Ctr_Zandorel& c = m_c;
     const std::string phrase = "SELECT SSIADTOURNEE AVEC DateTournee = \"" +
-                               ObjetConversion.DateInterne(DateAffichee) + "\" AND AVEC 2=\"" + cle +
-                               "\" AND AVEC CodeTournee <> \"" + Txt_CodeTournee.text() +
+                               c.ObjetConversion.DateInterne(c.DateAffichee) + "\" AND AVEC 2=\"" + cle +
+                               "\" AND AVEC CodeTournee <> \"" + c.Txt_CodeTournee.text() +
                                "\" PAR CodeTournee";
-    ReponseAutresTournees = data::Interroger(database(), phrase, data::kSSIADTOURNEE, "0 1 2");
+    ReponseAutresTournees = data::Interroger(c.database(), phrase, data::kSSIADTOURNEE, "0 1 2");
     // As the display, which named them, the moves pass over records that make no sense.
-    ecarterInterventionsIncoherentes(ReponseAutresTournees);
+    c.ecarterInterventionsIncoherentes(ReponseAutresTournees);
     trouve = ReponseAutresTournees.DCount() != 0;
 }
 
-void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
-    const Historique::Deplacement deplacement(historique);
+void Edition::DeposerEtiquette(float X, float Y) {
+    Ctr_Zandorel& c = m_c;
+    const Historique::Deplacement deplacement(c.historique);
     const double L = static_cast<double>(X) - DecalageSourisX;
     const double T = static_cast<double>(Y) - DecalageSourisY;
 
@@ -201,94 +175,98 @@ void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
         std::fabs(DecalageSourisY - static_cast<double>(Y)) < kSeuilDeplacement)
         return;
     // A drop with no label taken from either pane behind it makes no move either.
-    const bool depuisAide = PanneauSource == model::kPaneAide;
-    if ((!depuisAide && PanneauSource != model::kPaneDetail) || IndiceEtqCourante < 1 ||
-        !Etq_Aide.exists(IndiceEtqCourante))
+    const bool depuisAide = c.PanneauSource == model::Pane::Aide;
+    if ((!depuisAide && c.PanneauSource != model::Pane::Detail) || c.IndiceEtqCourante < 1 ||
+        !c.Etq_Aide.exists(c.IndiceEtqCourante))
         return;
 
     // 2.
-    const int M = model::dureeMnFromTag(Etq_Aide(IndiceEtqCourante).tag());
+    const int M = model::dureeMnFromTag(c.Etq_Aide(c.IndiceEtqCourante).tag());
     const int H = hauteurDetail(M);
 
     // 3.
-    if (TourneeAnterieure) {
-        Etq_Horaire.setVisible(false);
-        host().MsgBox("Déplacement impossible : date de la tournée antérieure à la date du jour.", kStyle,
-                      kTitre);
+    if (c.TourneeAnterieure) {
+        c.Etq_Horaire.setVisible(false);
+        c.host().MsgBox("Déplacement impossible : date de la tournée antérieure à la date du jour.",
+                        kStyleAvertissement, kTitreMessage);
         return;
     }
 
     // 4. The return zone. A refusal here does not end the routine: the placement test below ends it.
-    if (!depuisAide && L >= kRetourGauche && L <= kRetourDroite && T >= kRetourHaut && T <= kRetourBas) {
-        if (Mod.FlagAffectationEnCours) {
-            host().MsgBox("Déplacement impossible.", kStyle, kTitre);
+    const model::Zone& retour = model::kZoneRetourAide;
+    if (!depuisAide && L >= retour.gauche && L <= retour.droite && T >= retour.haut && T <= retour.bas) {
+        if (c.Mod.FlagAffectationEnCours) {
+            c.host().MsgBox("Déplacement impossible.", kStyleAvertissement, kTitreMessage);
         } else {
-            renvoyerEnAide(IndiceEtqCourante, RetourPar::Depot);
+            renvoyerEnAide(c.IndiceEtqCourante, RetourPar::Depot);
         }
     }
 
     // 5.
-    if (L < kPoseGauche || L > kPoseDroite || T < kPoseHaut || T + H > kPoseBas) {
-        Etq_Horaire.setVisible(false);
+    const model::Zone& pose = model::kZonePoseDetail;
+    if (L < pose.gauche || L > pose.droite || T < pose.haut || T + H > pose.bas) {
+        c.Etq_Horaire.setVisible(false);
         return;
     }
 
     // 6.
-    if (SansTournee) {
-        host().MsgBox("Déplacement impossible : aucune tournée selectionnée.", kStyle, kTitre);
-        Etq_Horaire.setVisible(false);
+    if (c.SansTournee) {
+        c.host().MsgBox("Déplacement impossible : aucune tournée selectionnée.", kStyleAvertissement,
+                        kTitreMessage);
+        c.Etq_Horaire.setVisible(false);
         return;
     }
 
     // 7.
-    if (depuisAide) VScroll.setValue(1);
+    if (depuisAide) c.VScroll.setValue(1);
 
     // 8. The dry run, on a copy that lives only for it.
     const auto position = static_cast<int>(base::roundHalfEven(T));
     DecalageImpossible = false;
-    if (Mod.FlagAffectationEnCours) {
+    if (c.Mod.FlagAffectationEnCours) {
         TabTempoDecale.renew();
-        TabTempoDecale->setText(TabTempoDetail->text());
-        TrierTabTempoDetail(IndiceEtqCourante, position, false);
-        VerifEtqDecale(IndiceEtqCourante, H, position);
+        TabTempoDecale->setText(c.Tables.detail()->text());
+        TrierTabTempoDetail(c.IndiceEtqCourante, position, false);
+        VerifEtqDecale(c.IndiceEtqCourante, H, position);
         TabTempoDecale.release();
     }
 
     // 9.
     if (DecalageImpossible) {
-        host().MsgBox("Déplacement impossible, vous ne pouvez pas décaler les aidés.", kStyle, kTitre);
-        Etq_Horaire.setVisible(false);
+        c.host().MsgBox("Déplacement impossible, vous ne pouvez pas décaler les aidés.", kStyleAvertissement,
+                        kTitreMessage);
+        c.Etq_Horaire.setVisible(false);
         return;
     }
 
     // 10.
-    const std::string indice = base::numberText(IndiceEtqCourante);
-    model::WorkTable& origine = depuisAide ? TabTempoAide : TabTempoDetail;
-    const std::int64_t r = chercherLigne(origine, model::col::NumEtq, indice);
-    const int c2 = entier(origine(r, model::col::HeureDebut)), c3 = entier(origine(r, model::col::HeureFin));
-    const int c4 = entier(origine(r, model::col::DureeMn));
-    const std::string c6 = origine(r, model::col::CleProtocole);
-    std::string K = origine(r, model::col::TypeEtq);
+    const model::Pane origine = depuisAide ? model::Pane::Aide : model::Pane::Detail;
+    const std::int64_t r = c.Tables.findByLabel(origine, c.IndiceEtqCourante);
+    model::LabelRow ligne = c.Tables.row(origine, r);
+    const int c4 = ligne.DureeMn;
+    const std::string c6 = ligne.CleProtocole;
+    model::TypeEtq K(ligne.TypeEtq);
 
     // 11.
-    if (NbIntervenantsTournee != 2 && figure(K) == '1' && !regleR5(*this, database(), c6, c4, depuisAide))
+    if (c.NbIntervenantsTournee != 2 && K.figure() == '1' &&
+        !regleR5(c, c.database(), ReponseAutresTournees, c6, c4, depuisAide))
         return;
 
     // 12.
-    toolkit::Label& etiquette = Etq_Aide(IndiceEtqCourante);
+    toolkit::Label& etiquette = c.Etq_Aide(c.IndiceEtqCourante);
     const double ancienLeft = static_cast<double>(base::roundHalfEven(etiquette.left()));
     const double ancienneLargeur = static_cast<double>(base::roundHalfEven(etiquette.width()));
-    etiquette.setGeometry(model::kLeftDetail, T, kLargeurDetail, H);
+    etiquette.setGeometry(model::kLeftDetail, T, model::kLargeurDetail, H);
     etiquette.setLinkItem(
-        base::numberText(model::HeureVersCentiemes(base::toNumber(Etq_Horaire.caption())) * 100));
+        base::numberText(model::HeureVersCentiemes(base::toNumber(c.Etq_Horaire.caption())) * 100));
     // Deliberately the plain difference of the H.MM bounds. A label long enough keeps its font.
-    if (model::fontDetail(HeureFinEchelle - HeureDebutEchelle, M).bold) {
+    if (model::fontDetail(c.HeureFinEchelle - c.HeureDebutEchelle, M).bold) {
         etiquette.setFontSize(6);
         etiquette.setFontBold(true);
     }
 
     // 13. The name the buffer then holds serves the count of intervenants too, read or not.
-    data::FichiersSSIAD& f = Mod.fichiers;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
     const std::string code = model::codeAideOf(c6);
     const bool aideLu = depuisAide && data::LireEnregistrement(*f.CIVILAIDE, f.EnregCIVILAIDE, code);
     const Aide aide{code, f.EnregCIVILAIDE(data::civilaide::kNom),
@@ -305,44 +283,46 @@ void Ctr_Zandorel::DeposerEtiquette(float X, float Y) {
     // 15.
     bool moitie = false;
     if (!depuisAide) {
-        TabTempoDetail->Delete(r);
+        c.Tables.moveInDetail(c.IndiceEtqCourante, position);
     } else {
         const Comptage compte =
-            compterIntervenants(*this, r, K, detail, aide, aideLu, ancienLeft, ancienneLargeur);
+            compterIntervenants(c, r, K, detail, aide, aideLu, ancienLeft, ancienneLargeur);
         if (compte.reecrit) {
             etiquette.setCaption(compte.caption);
             etiquette.setToolTipText(compte.toolTip);
         }
         moitie = compte.moitie;
+        ligne.NumEtq = c.IndiceEtqCourante;
+        ligne.TopEtq = position;
+        ligne.TypeEtq = K.text();
+        c.Tables.insertByPosition(ligne);
     }
-    TriCouleurEtq(IndiceEtqCourante, c2, c3, c4, position, c6, K);
 
     // 16. Closing the waiting list. A row still waiting for its second intervenant stays, though the rows
     // from it on move up all the same. A label of those rows that stands in the tournée (the one dropped,
     // or the placed half of a split act) keeps its place there.
     if (depuisAide && !moitie) {
-        std::int64_t i = chercherLigne(TabTempoAide, model::col::NumEtq, indice);
+        const std::int64_t i = c.Tables.findByLabel(model::Pane::Aide, c.IndiceEtqCourante);
         if (i != 0) {
-            if (figure(TabTempoAide(i, model::col::TypeEtq)) != '2') TabTempoAide->Delete(i);
-            for (; i <= TabTempoAide->DCount(); ++i) {
-                const double top = base::toNumber(TabTempoAide(i, model::col::TopEtq)) - HauteurEtq;
-                TabTempoAide->set(i, model::col::TopEtq, base::numberText(top));
-                const int l = entier(TabTempoAide(i, model::col::NumEtq));
-                if (Etq_Aide.exists(l) && Etq_Aide(l).left() != model::kLeftDetail) Etq_Aide(l).setTop(top);
+            c.Tables.closeLine(i, c.HauteurEtq);
+            for (std::int64_t j = i; j <= c.TabTempoAide->DCount(); ++j) {
+                const int l = base::toInteger(c.TabTempoAide(j, model::col::NumEtq));
+                if (c.Etq_Aide.exists(l) && c.Etq_Aide(l).left() != model::kLeftDetail)
+                    c.Etq_Aide(l).setTop(base::toNumber(c.TabTempoAide(j, model::col::TopEtq)));
             }
         }
     } else if (!depuisAide) {
-        DebordementDecalage = false;
+        c.DebordementDecalage = false;
     }
 
     // 17. Also for a move inside pane "DETAIL".
-    DecalerEtiquettes(IndiceEtqCourante, H);
+    DecalerEtiquettes(c.IndiceEtqCourante, H);
     // 18.
-    AlternerCouleursDetail();
+    c.AlternerCouleursDetail();
     // 19.
     reglerDefilementDepot();
     // 20.
-    Etq_Horaire.setVisible(false);
+    c.Etq_Horaire.setVisible(false);
 }
 
 }  // namespace control

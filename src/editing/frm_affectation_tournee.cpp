@@ -17,7 +17,6 @@ namespace {
 
 namespace caract = data::caracttournee;
 
-const std::string kTitre = "Message KORVELINE";
 constexpr int kCaseFermeture = 0;
 constexpr std::int64_t kLongueurCode = 3;
 
@@ -29,13 +28,9 @@ std::string entreGuillemets(const std::string& valeur) {
 }
 
 // The row of TabTempoAide that the label `index` stands for; DCount + 1, an empty row, when none does.
-std::int64_t ligneDeLEtiquette(const model::WorkTable& table, int index) {
-    const std::string numero = base::numberText(index);
-    std::int64_t ligne = 1;
-    const std::int64_t n = table->DCount();
-    while (ligne <= n && base::compareValues(table(ligne, model::col::NumEtq), numero) != 0)
-        ++ligne;
-    return ligne;
+std::int64_t ligneDeLEtiquette(const model::LabelTables& tables, int index) {
+    const std::int64_t ligne = tables.findByLabel(model::Pane::Aide, index);
+    return ligne != 0 ? ligne : tables.aide()->DCount() + 1;
 }
 
 // The tournée type a waiting label asks for, read back from its colour: the colour is part of the data.
@@ -45,10 +40,6 @@ std::string typeParCouleur(const Ctr_Zandorel& c, toolkit::Colour couleur) {
     if (base::compareValues(valeur, c.CouleurSoignant) == 0) return "S";
     if (base::compareValues(valeur, c.CouleurMixte) == 0) return "M";
     return "";
-}
-
-int entier(const std::string& texte) {
-    return static_cast<int>(base::roundHalfEven(base::toNumber(texte)));
 }
 
 }  // namespace
@@ -84,7 +75,7 @@ void Frm_AffectationTournee::brancherEvenements() {
 }
 
 void Frm_AffectationTournee::avertir(const std::string& message) {
-    host().MsgBox(message, toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitre);
+    host().MsgBox(message, kStyleAvertissement, kTitreMessage);
 }
 
 bool Frm_AffectationTournee::aUnEnregistrementCeJour(const std::string& codeTournee,
@@ -182,15 +173,14 @@ void Ctr_Zandorel::Mnu_AffectationTournee_Click() {
     if (IndiceEtqCourante < 1 || !Etq_Aide.exists(IndiceEtqCourante) || !TabTempoAide.exists()) return;
     const toolkit::Label& etiquette = Etq_Aide(IndiceEtqCourante);
     Frm_AffectationTournee form(*this);
-    const std::int64_t ligne = ligneDeLEtiquette(TabTempoAide, IndiceEtqCourante);
+    const std::int64_t ligne = ligneDeLEtiquette(Tables, IndiceEtqCourante);
 
     // 2.
-    form.W_HeureDeb = entier(TabTempoAide(ligne, model::col::HeureDebut));
-    form.W_HeureFin = entier(TabTempoAide(ligne, model::col::HeureFin));
+    form.W_HeureDeb = base::toInteger(TabTempoAide(ligne, model::col::HeureDebut));
+    form.W_HeureFin = base::toInteger(TabTempoAide(ligne, model::col::HeureFin));
 
     // 3. A label that still needs both its intervenants.
-    const std::string typeEtq = TabTempoAide(ligne, model::col::TypeEtq);
-    if (base::Len(typeEtq) > 1 && base::Right(typeEtq, 1) == "2") form.W_NombreInterv = 2;
+    if (Tables.typeEtq(model::Pane::Aide, ligne).figure() == '2') form.W_NombreInterv = 2;
 
     // 4.
     const std::string tag = etiquette.tag();
@@ -219,7 +209,7 @@ void Ctr_Zandorel::Mnu_AffectationTournee_Click() {
     data::FichiersSSIAD& f = Mod.fichiers;
     data::LireEnregistrement(*f.SSIADCARACTTOURNEE, f.EnregSSIADCARACTTOURNEE, Mod.CodeTourneeAffectation);
     const std::string nombre = f.EnregSSIADCARACTTOURNEE(caract::kNbIntervenants);
-    NbIntervenantsTournee = nombre.empty() ? 1 : entier(nombre);
+    NbIntervenantsTournee = nombre.empty() ? 1 : base::toInteger(nombre);
 }
 
 }  // namespace control

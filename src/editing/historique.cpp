@@ -26,12 +26,13 @@ auto etatDuJour(Ctr_Zandorel& c) {
                     c.Mod.FlagAffectationEnCours, c.Mod.CodeTourneeAffectation);
 }
 auto etatDuGeste(Ctr_Zandorel& c) {
-    return std::tie(c.IndiceEtqCourante, c.PanneauSource, c.DecalageSourisX, c.DecalageSourisY,
-                    c.DecalageImpossible, c.DebordementDecalage);
+    return std::tie(c.IndiceEtqCourante, c.PanneauSource, c.edition.DecalageSourisX,
+                    c.edition.DecalageSourisY, c.edition.DecalageImpossible, c.DebordementDecalage);
 }
-constexpr std::size_t kTables = 5;
+// The working tables that moves change besides the two label tables, which their owner snapshots.
+constexpr std::size_t kTables = 3;
 std::array<model::WorkTable*, kTables> tables(Ctr_Zandorel& c) {
-    return {&c.TabTempoAide, &c.TabTempoDetail, &c.TabAnomalies, &c.TabTourneeEnregistree, &c.TabTempoDecale};
+    return {&c.TabAnomalies, &c.TabTourneeEnregistree, &c.edition.TabTempoDecale};
 }
 // The control array of the labels: the only controls that decide, with the tables, whether a move
 // changed anything.
@@ -63,13 +64,15 @@ bool memesEtiquettes(const toolkit::FormState& a, const toolkit::FormState& b) {
 struct Historique::Instantane {
     toolkit::FormState ecran;
     int pointeur = 0;
+    model::LabelTables::Snapshot etiquettes;
     std::array<std::optional<std::string>, kTables> tables;  // the whole text, none for a released table
     EtatJour jour;
     EtatGeste geste;
 
     // Whether anything a move is about differs: the labels, the tables, the state of the day.
     bool memeJournee(const Instantane& autre) const {
-        return tables == autre.tables && jour == autre.jour && memesEtiquettes(ecran, autre.ecran);
+        return etiquettes == autre.etiquettes && tables == autre.tables && jour == autre.jour &&
+               memesEtiquettes(ecran, autre.ecran);
     }
 };
 
@@ -87,6 +90,7 @@ std::unique_ptr<Historique::Instantane> Historique::capturer() const {
                                                      : nullptr;
     i->ecran = toolkit::captureForm(m_ctl.UserControl, recent ? &recent->ecran : nullptr);
     i->pointeur = m_ctl.host().screenMousePointer();
+    i->etiquettes = m_ctl.Tables.snapshot();
     const auto t = tables(m_ctl);
     for (std::size_t k = 0; k < t.size(); ++k) {
         if (t[k]->exists()) i->tables[k] = (*t[k])->text();
@@ -109,6 +113,7 @@ void Historique::restaurer(const Instantane& vers, const Instantane& depuis) {
     if (vers.pointeur != depuis.pointeur) m_ctl.host().setScreenMousePointer(vers.pointeur);
     // The tables and the state of the day come back whole: nothing but a move changes them while the day
     // is shown.
+    m_ctl.Tables.restore(vers.etiquettes);
     const auto t = tables(m_ctl);
     for (std::size_t k = 0; k < t.size(); ++k) {
         if (!vers.tables[k]) {

@@ -14,17 +14,6 @@ namespace {
 
 constexpr const char* kCrlf = "\r\n";
 
-// The scale of pane "AIDE" runs from 5290 to 10900 twips.
-constexpr double kAideScaleLeft = 5290;
-constexpr double kAideScaleRight = 10900;
-constexpr double kAideFirstTop = 320;
-constexpr double kWidthDetail = 4230;
-
-// Bounds of pane "AIDE" for the drag code.
-constexpr double kAidePaneTop = 1080;
-constexpr double kAidePaneBottom = 6360;
-constexpr double kAidePaneRight = 11000;
-
 double perHour(const ScaleRef& scale) {
     return 4.0 * scale.pasQuartHeure;
 }
@@ -167,18 +156,18 @@ LabelFont fontDetail(double heuresAffichees, double dureeMn) {
 Geometry geometryAide(double heureDebut, double heureFin, std::int64_t row, int hauteurEtq,
                       const ScaleRef& scale) {
     Geometry g;
-    g.left = kAideScaleLeft + (heureDebut / 100 - scale.start) * perHour(scale);
-    g.top = static_cast<double>(hauteurEtq) * static_cast<double>(row) + kAideFirstTop;
+    g.left = kGaucheEchelleAide + (heureDebut / 100 - scale.start) * perHour(scale);
+    g.top = static_cast<double>(hauteurEtq) * static_cast<double>(row) + kHautLignesAide;
     g.width = (heureFin - heureDebut) / 100 * perHour(scale);
     g.height = hauteurEtq;
     return g;
 }
 
 Geometry clipAide(Geometry g) {
-    if (g.left + g.width > kAideScaleRight) g.width -= g.left + g.width - kAideScaleRight;
-    if (g.left <= kAideScaleLeft) {
-        g.width -= kAideScaleLeft - g.left;
-        g.left = kAideScaleLeft;
+    if (g.left + g.width > kDroiteEchelleAide) g.width -= g.left + g.width - kDroiteEchelleAide;
+    if (g.left <= kGaucheEchelleAide) {
+        g.width -= kGaucheEchelleAide - g.left;
+        g.left = kGaucheEchelleAide;
     }
     return g;
 }
@@ -187,15 +176,15 @@ Geometry geometryDetail(double linkItem, double dureeMn, const ScaleRef& scale) 
     Geometry g;
     g.left = kLeftDetail;
     g.top = (linkItem / 100 - scale.start) * perHour(scale) + kOrigineDetail;
-    g.width = kWidthDetail;
+    g.width = kLargeurDetail;
     g.height = dureeMn * perHour(scale) / 60;
     return g;
 }
 
-std::string_view paneAt(double left, double top) {
-    const bool inAide =
-        top > kAidePaneTop && top < kAidePaneBottom && left >= kAideScaleLeft && left < kAidePaneRight;
-    return inAide ? kPaneAide : kPaneDetail;
+Pane paneAt(double left, double top) {
+    const Zone& z = kZonePanneauAide;
+    const bool inAide = top > z.haut && top < z.bas && left >= z.gauche && left < z.droite;
+    return inAide ? Pane::Aide : Pane::Detail;
 }
 
 void applyLook(toolkit::Label& label, const LabelLook& look) {
@@ -225,11 +214,6 @@ LabelLook lookAide(const mvdb::DynamicRecord& table, std::int64_t row, const std
     look.toolTip = toolTipAide(facts);
     look.backColor = colourNumber(couleurParType(type, colours.infirmier, colours.soignant, colours.mixte));
     return look;
-}
-
-PlannedStart cutPlannedStart(std::string_view typeEtq) {
-    const auto length = static_cast<std::int64_t>(base::Len(typeEtq));
-    return {base::Left(typeEtq, length - 5), base::Right(typeEtq, 4)};
 }
 
 LabelLook lookDetail(const mvdb::DynamicRecord& table, std::int64_t row, const std::string& linkItem,

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "model/panes.h"
 #include "mvdb/dynamic_record.h"
 #include "toolkit/controls.h"
 
@@ -22,12 +23,6 @@ inline constexpr int TopEtq = 5;        // Top of the label; sort key of TabTemp
 inline constexpr int CleProtocole = 6;  // 21 characters, the CodeAide first
 inline constexpr int TypeEtq = 7;       // kind "I", "A" or "M", then "|1" or "|2" for two people
 }  // namespace col
-
-// The two panes, by the names the drag code keeps.
-inline constexpr std::string_view kPaneAide = "AIDE";
-inline constexpr std::string_view kPaneDetail = "DETAIL";
-// Every label of pane "DETAIL" stands at this Left.
-inline constexpr double kLeftDetail = 760;
 
 // One row of a label table, as its routines take it.
 struct LabelRow {
@@ -122,8 +117,8 @@ Geometry clipAide(Geometry geometry);
 // Label of pane "DETAIL" at its planned start (hundredths); its height is its duration. Not clipped.
 Geometry geometryDetail(double linkItem, double dureeMn, const ScaleRef& scale);
 
-// The pane a label lies in, told from where it stands: "AIDE" or "DETAIL".
-std::string_view paneAt(double left, double top);
+// The pane a label lies in, told from where it stands: Aide or Detail, never None.
+Pane paneAt(double left, double top);
 
 // Everything a label shows.
 struct LabelLook {
@@ -156,16 +151,8 @@ struct DetailContext {
     int nbIntervenantsTournee = 0;
 };
 
-// A row of TabTempoDetail carries its planned start as the last four characters of TypeEtq, after a
-// "|". The label takes those four as its LinkItem, and the row keeps TypeEtq without the last five.
-struct PlannedStart {
-    std::string typeEtq;
-    std::string linkItem;
-};
-PlannedStart cutPlannedStart(std::string_view typeEtq);
-
 // The look of the label of row `row` of TabTempoDetail, once its planned start is cut off into
-// linkItem.
+// linkItem (LabelTables::takePlannedStart).
 LabelLook lookDetail(const mvdb::DynamicRecord& table, std::int64_t row, const std::string& linkItem,
                      const std::string& nom, const std::string& prenom, const DetailContext& context,
                      const KindColours& colours);

@@ -1,4 +1,4 @@
-#include "shell/ctr_zandorel.h"
+#include "saving/sauvegarde.h"
 
 // The commit of a tournée: the one operation that turns what the user arranged into records of
 // SSIADTOURNEE. It reads pane "DETAIL" alone: TabTempoDetail and, per row, the label's LinkItem.
@@ -16,12 +16,12 @@
 #include "model/clock.h"
 #include "model/labels.h"
 #include "mvdb/database.h"
+#include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
 namespace control {
 namespace {
 
-constexpr const char* kTitreMessage = "Message KORVELINE";
 constexpr const char* kQuestionAutrePoste =
     "Cette tournée a été modifiée sur un autre poste depuis son affichage. Voulez-vous remplacer sa version "
     "par la vôtre ?";
@@ -33,8 +33,7 @@ std::string heureAnomalie(double centiemes) {
 }
 
 const toolkit::Label& etiquetteDeLigne(Ctr_Zandorel& c, std::int64_t ligne) {
-    return c.Etq_Aide(
-        static_cast<int>(base::roundHalfEven(base::toNumber(c.TabTempoDetail(ligne, model::col::NumEtq)))));
+    return c.Etq_Aide(base::toInteger(c.TabTempoDetail(ligne, model::col::NumEtq)));
 }
 
 // Step 2: is a label of pane "DETAIL" on the screen? The walk goes through the rows of the table.
@@ -89,14 +88,15 @@ std::string versionDes(Ctr_Zandorel& c, const mvdb::DynamicRecord& cles) {
 
 }  // namespace
 
-std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jour, bool affectation) {
-    data::FichiersSSIAD& f = Mod.fichiers;
+std::optional<std::string> Sauvegarde::remplacerTournee(const std::string& jour, bool affectation) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
     try {
-        mvdb::Transaction transaction(database());
+        mvdb::Transaction transaction(c.database());
         // The transaction holds the write lock: nothing can come between this reading and the writes.
         const mvdb::DynamicRecord enregistrees = data::Interroger(
-            database(), phraseTourneeDuJour(Txt_CodeTournee.text(), jour), data::kSSIADTOURNEE, "0 1");
-        std::string stockee = versionDes(*this, enregistrees);
+            c.database(), phraseTourneeDuJour(c.Txt_CodeTournee.text(), jour), data::kSSIADTOURNEE, "0 1");
+        std::string stockee = versionDes(c, enregistrees);
         if (m_versionAffichee && stockee != *m_versionAffichee) return stockee;
         // What another planner saved of this tournée and day goes too, once the user agreed: the loaded
         // keys alone would leave their records beside these, and the last save must win whole. Records
@@ -105,17 +105,17 @@ std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jou
             if (!data::checkPlanned(enregistrees(i, 1), enregistrees(i, 2)))
                 f.SSIADTOURNEE->Delete(enregistrees(i, 1));
         }
-        if (!TabTourneeEnregistree->text().empty()) {
-            for (std::int64_t i = 1; i <= TabTourneeEnregistree->DCount(); ++i) {
-                f.SSIADTOURNEE->Delete(TabTourneeEnregistree(i, 1));
+        if (!c.TabTourneeEnregistree->text().empty()) {
+            for (std::int64_t i = 1; i <= c.TabTourneeEnregistree->DCount(); ++i) {
+                f.SSIADTOURNEE->Delete(c.TabTourneeEnregistree(i, 1));
             }
         }
-        for (std::int64_t i = 1; i <= TabTempoDetail->DCount(); ++i) {
-            const std::string debut = base::padZeros(etiquetteDeLigne(*this, i).linkItem(), 4);
-            const std::string cleProtocole = TabTempoDetail(i, model::col::CleProtocole);
-            const double dureeMn = base::toNumber(TabTempoDetail(i, model::col::DureeMn));
+        for (std::int64_t i = 1; i <= c.TabTempoDetail->DCount(); ++i) {
+            const std::string debut = base::padZeros(etiquetteDeLigne(c, i).linkItem(), 4);
+            const std::string cleProtocole = c.TabTempoDetail(i, model::col::CleProtocole);
+            const double dureeMn = base::toNumber(c.TabTempoDetail(i, model::col::DureeMn));
             const std::string cle =
-                data::tournee::cle(Txt_CodeTournee.text(), base::Left(cleProtocole, 5), jour, debut);
+                data::tournee::cle(c.Txt_CodeTournee.text(), base::Left(cleProtocole, 5), jour, debut);
             f.EnregSSIADTOURNEE = f.SSIADTOURNEE->New(cle);
             f.EnregSSIADTOURNEE.set(data::tournee::kHeureFin, affectation ? finAffectation(debut, dureeMn)
                                                                           : finOrdinaire(debut, dureeMn));
@@ -125,123 +125,132 @@ std::optional<std::string> Ctr_Zandorel::remplacerTournee(const std::string& jou
         transaction.commit();
     } catch (const base::Error& e) {
         // The stored tournée is as it was, and the screen still holds the user's work.
-        ValidationAnomalies = false;
-        host().MsgBox("La tournée n'a pas pu être enregistrée : " + std::string(e.what()) +
-                          "\r\nLa tournée enregistrée n'a pas été modifiée.",
-                      toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation, kTitreMessage);
+        c.ValidationAnomalies = false;
+        c.host().MsgBox("La tournée n'a pas pu être enregistrée : " + std::string(e.what()) +
+                            "\r\nLa tournée enregistrée n'a pas été modifiée.",
+                        kStyleAvertissement, kTitreMessage);
     }
     return std::nullopt;
 }
 
-std::string Ctr_Zandorel::versionStockee(const std::string& codeTournee, const std::string& jour) {
-    return versionDes(*this, data::Interroger(database(), phraseTourneeDuJour(codeTournee, jour),
-                                              data::kSSIADTOURNEE, "0"));
+std::string Sauvegarde::versionStockee(const std::string& codeTournee, const std::string& jour) {
+    Ctr_Zandorel& c = m_c;
+    return versionDes(
+        c, data::Interroger(c.database(), phraseTourneeDuJour(codeTournee, jour), data::kSSIADTOURNEE, "0"));
 }
 
-void Ctr_Zandorel::reafficherVersionStockee() {
-    if (Mod.FlagAffectationEnCours) return EnleveAffectationTournee(false);
-    if (Cbo_Date.text() != DateAffichee) Cbo_Date.setText(DateAffichee);
-    Cmd_Affichage_Click();
+void Sauvegarde::retenirVersionAffichee(const std::string& codeTournee, const std::string& jour) {
+    m_versionAffichee = versionStockee(codeTournee, jour);
 }
 
-bool Ctr_Zandorel::TesterAnomalie(std::int64_t ligne, const toolkit::Control& etiquette) {
+void Sauvegarde::reafficherVersionStockee() {
+    Ctr_Zandorel& c = m_c;
+    if (c.Mod.FlagAffectationEnCours) return c.EnleveAffectationTournee(false);
+    if (c.Cbo_Date.text() != c.DateAffichee) c.Cbo_Date.setText(c.DateAffichee);
+    c.Cmd_Affichage_Click();
+}
+
+bool Sauvegarde::TesterAnomalie(std::int64_t ligne, const toolkit::Control& etiquette) {
+    Ctr_Zandorel& c = m_c;
     const double debutPrevu = base::toNumber(etiquette.linkItem());
     const auto s = static_cast<double>(base::roundHalfEven(debutPrevu));
     // The end is the sum's text cut to four characters, so its fraction is dropped before the
     // comparison (883.9 compares as 883): deliberate, and what makes a window's own end no anomaly.
     const std::string fin =
-        model::finDetail(debutPrevu, base::toNumber(TabTempoDetail(ligne, model::col::DureeMn)));
+        model::finDetail(debutPrevu, base::toNumber(c.TabTempoDetail(ligne, model::col::DureeMn)));
     const auto e = static_cast<double>(base::roundHalfEven(base::toNumber(fin)));
-    const double debutPermis = base::toNumber(TabTempoDetail(ligne, model::col::HeureDebut));
-    const double finPermise = base::toNumber(TabTempoDetail(ligne, model::col::HeureFin));
+    const double debutPermis = base::toNumber(c.TabTempoDetail(ligne, model::col::HeureDebut));
+    const double finPermise = base::toNumber(c.TabTempoDetail(ligne, model::col::HeureFin));
     if (s >= debutPermis && e <= finPermise) return false;
 
-    data::FichiersSSIAD& f = Mod.fichiers;
-    const int n = ++NbLignesAnomalies;
-    const std::string code = model::codeAideOf(TabTempoDetail(ligne, model::col::CleProtocole));
-    TabAnomalies->set(n, 1, code);
+    data::FichiersSSIAD& f = c.Mod.fichiers;
+    const int n = ++c.NbLignesAnomalies;
+    const std::string code = model::codeAideOf(c.TabTempoDetail(ligne, model::col::CleProtocole));
+    c.TabAnomalies->set(n, 1, code);
     // Without a civil record the name stays unset.
     if (data::LireEnregistrement(*f.CIVILAIDE, f.EnregCIVILAIDE, code)) {
-        TabAnomalies->set(
+        c.TabAnomalies->set(
             n, 2, f.EnregCIVILAIDE(data::civilaide::kNom) + " " + f.EnregCIVILAIDE(data::civilaide::kPrenom));
     }
-    TabAnomalies->set(n, 3, heureAnomalie(s));
-    TabAnomalies->set(n, 4, heureAnomalie(e));
-    TabAnomalies->set(n, 5, heureAnomalie(debutPermis));
-    TabAnomalies->set(n, 6, heureAnomalie(finPermise));
+    c.TabAnomalies->set(n, 3, heureAnomalie(s));
+    c.TabAnomalies->set(n, 4, heureAnomalie(e));
+    c.TabAnomalies->set(n, 5, heureAnomalie(debutPermis));
+    c.TabAnomalies->set(n, 6, heureAnomalie(finPermise));
     return true;
 }
 
-void Ctr_Zandorel::Cmd_Ok_Click() {
+void Sauvegarde::Cmd_Ok_Click() {
+    Ctr_Zandorel& c = m_c;
     // 1. A past tournée can't be saved: the button only clears the screen.
-    if (TourneeAnterieure) return ReinitialiserEcran();
+    if (c.TourneeAnterieure) return ReinitialiserEcran();
     // 2, 3, 4. Nothing to save without a label in pane "DETAIL" and nothing stored.
-    const bool presence = presenceEtqDetail(*this);
-    if (!TabTempoDetail.exists() || !TabTourneeEnregistree.exists()) return ReinitialiserEcran();
-    if (!presence && TabTourneeEnregistree->DCount() <= 0) return ReinitialiserEcran();
+    const bool presence = presenceEtqDetail(c);
+    if (!c.TabTempoDetail.exists() || !c.TabTourneeEnregistree.exists()) return ReinitialiserEcran();
+    if (!presence && c.TabTourneeEnregistree->DCount() <= 0) return ReinitialiserEcran();
 
-    if (Mod.FlagAffectationEnCours) {
+    if (c.Mod.FlagAffectationEnCours) {
         // 5. An assignment never shows the anomaly list.
-        ValidationAnomalies = true;
+        c.ValidationAnomalies = true;
     } else {
         // 6. The anomaly scan.
-        TabAnomalies.renew();
-        NbLignesAnomalies = 0;
-        for (std::int64_t i = 1; i <= TabTempoDetail->DCount(); ++i)
-            TesterAnomalie(i, etiquetteDeLigne(*this, i));
-        // 7, 8. The list asks; its buttons answer in ValidationAnomalies.
-        if (!TabAnomalies->text().empty()) {
-            AfficherAnomalies(false);
+        c.TabAnomalies.renew();
+        c.NbLignesAnomalies = 0;
+        for (std::int64_t i = 1; i <= c.TabTempoDetail->DCount(); ++i)
+            TesterAnomalie(i, etiquetteDeLigne(c, i));
+        // 7, 8. The list asks; its buttons answer in c.ValidationAnomalies.
+        if (!c.TabAnomalies->text().empty()) {
+            c.AfficherAnomalies(false);
         } else {
-            ValidationAnomalies = true;
+            c.ValidationAnomalies = true;
         }
     }
     // 9. Refused at the list: nothing written, the tournée stays on screen to be corrected.
-    if (!ValidationAnomalies) return;
+    if (!c.ValidationAnomalies) return;
 
     // 10, 11. The stored tournée is replaced: the records loaded are deleted, one record per label is
     // written. Both passes are one transaction, so a failure between them leaves the stored tournée as it
     // was; deletes come first because a rewritten record can have the very key of an old one.
-    const bool affectation = Mod.FlagAffectationEnCours;
+    const bool affectation = c.Mod.FlagAffectationEnCours;
     // The day of the tournée on show. The date box may already hold the next day chosen, when the question
     // on saving comes from leaving that box: the records go to the day that was shown.
-    const std::string jour = ObjetConversion.DateInterne(std::string_view(DateAffichee));
+    const std::string jour = c.ObjetConversion.DateInterne(std::string_view(c.DateAffichee));
     for (;;) {
         const std::optional<std::string> autreVersion = remplacerTournee(jour, affectation);
         if (!autreVersion) break;
         // Another workstation saved this day since it was shown. The question comes with no transaction
         // open, since the user may take long to answer; a Yes is checked again in the next transaction,
         // and should the day have changed once more the question comes again.
-        if (host().MsgBox(kQuestionAutrePoste, toolkit::msgbox::kYesNo | toolkit::msgbox::kExclamation,
-                          kTitreMessage) != toolkit::msgbox::kYes) {
-            ValidationAnomalies = false;
+        if (c.host().MsgBox(kQuestionAutrePoste, toolkit::msgbox::kYesNo | toolkit::msgbox::kExclamation,
+                            kTitreMessage) != toolkit::msgbox::kYes) {
+            c.ValidationAnomalies = false;
             return reafficherVersionStockee();
         }
         m_versionAffichee = *autreVersion;
     }
-    if (!ValidationAnomalies) return;
-    const Historique::Oubli oubli(historique);
+    if (!c.ValidationAnomalies) return;
+    const Historique::Oubli oubli(c.historique);
     m_versionAffichee.reset();
-    TabTourneeEnregistree.release();
+    c.TabTourneeEnregistree.release();
 
     if (affectation) {
         // 11. The assignment ends; the labels are not unloaded here.
-        EnleveAffectationTournee(true);
-        Txt_CodeTournee.setFocus();
+        c.EnleveAffectationTournee(true);
+        c.Txt_CodeTournee.setFocus();
         return;
     }
     // 10.3, 10.4. Emptying the code runs its change handler, which takes the screen from there.
-    if (Etq_Aide.Count() > 1) Etq_Aide.unloadAll();
-    Txt_CodeTournee.setText("");
-    Txt_CodeTournee.setFocus();
+    if (c.Etq_Aide.Count() > 1) c.Etq_Aide.unloadAll();
+    c.Txt_CodeTournee.setText("");
+    c.Txt_CodeTournee.setFocus();
 }
 
-void Ctr_Zandorel::ReinitialiserEcran() {
-    if (Etq_Aide.Count() > 1) DechargerEtiquettes();
-    TabTempoAide.release();
-    TabTempoDetail.release();
-    Txt_CodeTournee.setText("");
-    Txt_CodeTournee.setFocus();
+void Sauvegarde::ReinitialiserEcran() {
+    Ctr_Zandorel& c = m_c;
+    if (c.Etq_Aide.Count() > 1) c.DechargerEtiquettes();
+    c.Tables.release(model::Pane::Aide);
+    c.Tables.release(model::Pane::Detail);
+    c.Txt_CodeTournee.setText("");
+    c.Txt_CodeTournee.setFocus();
 }
 
 }  // namespace control

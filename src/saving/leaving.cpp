@@ -1,9 +1,10 @@
-#include "shell/ctr_zandorel.h"
+#include "saving/sauvegarde.h"
 
 // Leaving the screen. There is no dirty flag: whether the tournée has unsaved changes is worked out from
 // the labels of pane "DETAIL" against the records that were loaded.
 #include "base/text.h"
 #include "model/labels.h"
+#include "shell/ctr_zandorel.h"
 #include "toolkit/host.h"
 
 namespace control {
@@ -13,8 +14,7 @@ namespace {
 // selection's handlers do.
 bool presenceParLignes(Ctr_Zandorel& c) {
     for (std::int64_t i = 1; i <= c.TabTempoDetail->DCount(); ++i) {
-        int index =
-            static_cast<int>(base::roundHalfEven(base::toNumber(c.TabTempoDetail(i, model::col::NumEtq))));
+        const int index = base::toInteger(c.TabTempoDetail(i, model::col::NumEtq));
         if (c.Etq_Aide.exists(index) && c.Etq_Aide(index).left() == model::kLeftDetail) return true;
     }
     return false;
@@ -30,32 +30,33 @@ void quitter(Ctr_Zandorel& c) {
 
 }  // namespace
 
-void Ctr_Zandorel::Cmd_Sortir_Click() {
+void Sauvegarde::Cmd_Sortir_Click() {
+    Ctr_Zandorel& c = m_c;
     // 1. An assignment is taken back without saving, and the screen stays.
-    if (Mod.FlagAffectationEnCours) return EnleveAffectationTournee(false);
+    if (c.Mod.FlagAffectationEnCours) return c.EnleveAffectationTournee(false);
     // 2. The button reads "Annuler": it drops the tournée on show without a question, on purpose.
-    if (JourneeAffichee) {
-        if (Etq_Aide.Count() > 1) DechargerEtiquettes();
-        TabTempoAide.release();
-        TabTempoDetail.release();
-        Txt_CodeTournee.setText("");
-        Cmd_Sortir.setCaption("Sortir");
-        Txt_CodeTournee.setFocus();
-        JourneeAffichee = false;
+    if (c.JourneeAffichee) {
+        if (c.Etq_Aide.Count() > 1) c.DechargerEtiquettes();
+        c.Tables.release(model::Pane::Aide);
+        c.Tables.release(model::Pane::Detail);
+        c.Txt_CodeTournee.setText("");
+        c.Cmd_Sortir.setCaption("Sortir");
+        c.Txt_CodeTournee.setFocus();
+        c.JourneeAffichee = false;
         return;
     }
     // 3 to 6.
-    if (TourneeAnterieure || !TabTempoDetail.exists() || !presenceParLignes(*this) ||
-        !selection().TourneeModifiee(false)) {
-        return quitter(*this);
+    if (c.TourneeAnterieure || !c.TabTempoDetail.exists() || !presenceParLignes(c) ||
+        !c.selection().TourneeModifiee(false)) {
+        return quitter(c);
     }
     // 7.
-    const int reponse = selection().DemandeEnregistrement();
+    const int reponse = c.selection().DemandeEnregistrement();
     if (reponse == toolkit::msgbox::kYes) {
         Cmd_Ok_Click();
-        if (ValidationAnomalies) quitter(*this);
+        if (c.ValidationAnomalies) quitter(c);
     } else if (reponse == toolkit::msgbox::kNo) {
-        quitter(*this);
+        quitter(c);
     }
 }
 

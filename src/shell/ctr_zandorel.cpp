@@ -381,8 +381,10 @@ void Ctr_Zandorel::finCommandeLongue() {
 
 void Ctr_Zandorel::UserControl_Terminate() {
     historique.vider();
-    for (model::WorkTable* table : {&TabAnomalies, &TabTourneeEnregistree, &TabTempoAide, &TabTempoDetail,
-                                    &TabValidees, &TabProtocole, &TabTempoDecale}) {
+    Tables.release(model::Pane::Aide);
+    Tables.release(model::Pane::Detail);
+    for (model::WorkTable* table :
+         {&TabAnomalies, &TabTourneeEnregistree, &TabValidees, &TabProtocole, &edition.TabTempoDecale}) {
         table->release();
     }
     DroitsElement.reset();

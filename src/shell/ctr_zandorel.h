@@ -8,14 +8,19 @@
 #include "data/conversion.h"
 #include "data/gateway.h"
 #include "data/record_checks.h"
+#include "display/affichage.h"
 #include "display/selection.h"
+#include "editing/edition.h"
 #include "editing/historique.h"
+#include "model/label_tables.h"
 #include "model/working_table.h"
 #include "printing/impression.h"
+#include "saving/sauvegarde.h"
 #include "shell/droits.h"
 #include "toolkit/control_array.h"
 #include "toolkit/controls.h"
 #include "toolkit/form.h"
+#include "toolkit/host.h"
 #include "toolkit/printer.h"
 
 namespace base {
@@ -31,6 +36,11 @@ class Host;
 // keeps its state there, in an object the control owns and forwards its events to; the others share
 // this instance's state.
 namespace control {
+
+// The title of every message box of the screen.
+inline constexpr const char* kTitreMessage = "Message KORVELINE";
+// A warning the user acknowledges: the exclamation icon and the one button OK.
+inline constexpr int kStyleAvertissement = toolkit::msgbox::kOkOnly | toolkit::msgbox::kExclamation;
 
 // What all routines and forms of one control share. It belongs to the instance: two controls, or two
 // tests, never share it.
@@ -123,12 +133,12 @@ public:
     int PasQuartHeure = 0;
     int HauteurEtq = 800;
     std::string CouleurAide1, CouleurAide2, CouleurInfirmier, CouleurSoignant, CouleurMixte;
-    bool DebordementDecalage = false;
     bool JourneeAffichee = false;
     int DerniereValeurScroll = 0;
     int IndiceEtqMax = 0;
     int IndiceEtqCourante = 0;
-    std::string PanneauSource;
+    // The pane of the label taken last; its text is what the drag code keeps.
+    model::Pane PanneauSource = model::Pane::None;
     bool SansTournee = false;
     bool TourneeAnterieure = false;
     int NbIntervenantsTournee = 0;
@@ -140,13 +150,14 @@ public:
     enum class Usage { Ecran, Chiffres };
     Usage usage = Usage::Ecran;
 
-    model::WorkTable TabTempoAide{"TabTempoAide"};
-    model::WorkTable TabTempoDetail{"TabTempoDetail"};
+    // The two label tables. Every change to them goes through their owner; the names read them.
+    model::LabelTables Tables;
+    const model::WorkTable& TabTempoAide = Tables.aide();
+    const model::WorkTable& TabTempoDetail = Tables.detail();
     model::WorkTable TabAnomalies{"TabAnomalies"};
     model::WorkTable TabTourneeEnregistree{"TabTourneeEnregistree"};
     model::WorkTable TabValidees{"TabValidees"};
     model::WorkTable TabProtocole{"TabProtocole"};
-    model::WorkTable TabTempoDecale{"TabTempoDecale"};
 
     // ---- Start-up and shutdown (shell).
     void AppliquerDroitsUtilisateur();
@@ -175,6 +186,15 @@ public:
     toolkit::Label& creerEtiquetteAide(int i);
     // Row i of TabTempoDetail: the planned start at the end of TypeEtq moves to the label's LinkItem.
     toolkit::Label& creerEtiquetteDetail(int i);
+    // Lays out `label` as row i of TabTempoAide by the display's rules, with the aidé's name the civil
+    // record buffer holds, and writes its Top back to the row. With Textes::Gardes its caption and tooltip
+    // stay as they are (a removal whose aidé has no civil record).
+    enum class Textes { Refaits, Gardes };
+    void habillerEtiquetteAide(toolkit::Label& label, std::int64_t i, Textes textes);
+    // Where the scales start and how long a quarter is, as the labels' geometry takes them.
+    model::ScaleRef echelleRef() const;
+    // The three kind colours of waiting labels.
+    model::KindColours couleursNatures() const;
 
     // ---- Selection of a tournée and a date (display/selection.h): the events of its boxes. RequeteTournee
     // is also how start-up and the tournée characteristics screen fill the list of tournées.
@@ -199,27 +219,28 @@ public:
     void DechargerEtiquettes();
 
     // ---- Display of a day (display/).
-    void Cmd_Affichage_Click();
-    void RechercheProtocole(const std::string& CodeAide);
-    void RechercheInterventionsValidees(const std::string& CodeAide, bool DemiJournee, int Portee);
-    void CadreAideSansTournee();
-    void CadreAideAvecTournee();
-    void CadreDetailAvecTournee();
+    void Cmd_Affichage_Click() { affichage.Cmd_Affichage_Click(); }
+    void RechercheProtocole(const std::string& CodeAide) { affichage.RechercheProtocole(CodeAide); }
+    void RechercheInterventionsValidees(const std::string& CodeAide, bool DemiJournee, int Portee) {
+        affichage.RechercheInterventionsValidees(CodeAide, DemiJournee, Portee);
+    }
+    void CadreAideSansTournee() { affichage.CadreAideSansTournee(); }
+    void CadreAideAvecTournee() { affichage.CadreAideAvecTournee(); }
+    void CadreDetailAvecTournee() { affichage.CadreDetailAvecTournee(); }
     // Counts the soins of a protocole into the infirmier's acts and the others, adding to the counts given:
     // callers carry them from one record to the next on purpose. A soin missing from SSIADSOINS counts
     // for neither.
-    void CompterActes(const mvdb::DynamicRecord& protocole, int& actesInfirmiers, int& autresActes);
+    void CompterActes(const mvdb::DynamicRecord& protocole, int& actesInfirmiers, int& autresActes) {
+        affichage.CompterActes(protocole, actesInfirmiers, autresActes);
+    }
     void CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
-                     const std::string& CleElement);
+                     const std::string& CleElement) {
+        affichage.CadreDetail(CodeAide, CleTournee, CleElement);
+    }
 
-    mvdb::DynamicRecord ResTournee;         // raw reply of RechercheInterventionsValidees
-    mvdb::DynamicRecord TabAccords;         // accords of the day, without a tournée
-    mvdb::DynamicRecord TabAccordsTournee;  // accords of the day, for the tournée shown
-    mvdb::DynamicRecord ResTourneeDates;    // keys of the tournée at or before the date, latest first
-    mvdb::DynamicRecord ResTourneeJour;     // records of the version in force
-    std::string DateTourneeInterne;
-    int NbLignesDetail = 0;
     int NbLignesAnomalies = 0;
+    // The display's own state: the replies it reads a day from.
+    Affichage affichage{*this};
 
     // Columns of TabProtocole: one row per intervention the aidé needs in the half-day shown.
     struct ColProtocole {
@@ -232,72 +253,55 @@ public:
                              NbIntervenantsValides = 5;
     };
 
-private:
-    // Inserts a row into TabTempoAide where HeureDebut keeps the table rising, behind the rows of equal
-    // start, and gives its row number: 1 in an empty table, DCount after an append, otherwise the
-    // first row that starts later, whose rows below it moved down.
-    int InsererDansTabTempoAide(int NumEtq, int HeureDebut, int HeureFin, int DureeMn, int TopEtq,
-                                const std::string& CleProtocole, const std::string& TypeEtq);
-    // The sector filter of a shown tournée: reads SSIADELEMGEST `cleElemGest` and SSIADCARACTTOURNEE of
-    // Txt_CodeTournee into their buffers; true when both exist and the aidé's sector (attribute 23) is
-    // one of the tournée's (attribute 8).
-    bool secteurDeLaTournee(const std::string& cleElemGest);
-
-public:
-    // ---- Editing of a tournée (editing/).
-    // Drag tracking (editing/drag.cpp).
-    void Etq_Aide_MouseMove(int Index, int Button, int Shift, float X, float Y);
-    void Etq_Aide_MouseDown(int Index, int Button, int Shift, float X, float Y);
-    void Etq_Aide_DragOver(int Index, toolkit::Control& Source, float X, float Y, int State);
-    void Etq_Aide_DragDrop(int Index, toolkit::Control& Source, float X, float Y);
+    // ---- Editing of a tournée (editing/), forwarded to the editing's own object.
+    // Drag tracking.
+    void Etq_Aide_MouseMove(int Index, int Button, int Shift, float X, float Y) {
+        edition.Etq_Aide_MouseMove(Index, Button, Shift, X, Y);
+    }
+    void Etq_Aide_MouseDown(int Index, int Button, int Shift, float X, float Y) {
+        edition.Etq_Aide_MouseDown(Index, Button, Shift, X, Y);
+    }
+    void Etq_Aide_DragOver(int Index, toolkit::Control& Source, float X, float Y, int State) {
+        edition.Etq_Aide_DragOver(Index, Source, X, Y, State);
+    }
+    void Etq_Aide_DragDrop(int Index, toolkit::Control& Source, float X, float Y) {
+        edition.Etq_Aide_DragDrop(Index, Source, X, Y);
+    }
     void UserControl_DragOver(toolkit::Control& Source, float X, float Y, int State);
     void UserControl_DragDrop(toolkit::Control& Source, float X, float Y);
     void UserControl_MouseDown(int Button, int Shift, float X, float Y);
-    void Cmd_Enchainement_DragOver(toolkit::Control& Source, float X, float Y, int State);
+    void Cmd_Enchainement_DragOver(toolkit::Control& Source, float X, float Y, int State) {
+        edition.Cmd_Enchainement_DragOver(Source, X, Y, State);
+    }
     // Shows the time under a dragged label; runs at every mouse move and allocates nothing.
-    void SuivreHoraireEtiquette(float X, float Y);
-    int DecalageSourisX = 0;
-    int DecalageSourisY = 0;
+    void SuivreHoraireEtiquette(float X, float Y) { edition.SuivreHoraireEtiquette(X, Y); }
 
-    // Drop rules (editing/drop.cpp).
-    void DeposerEtiquette(float X, float Y);
-    void RechercheTourneesIntervenant(const std::string& cle, bool& trouve);
-    bool DecalageImpossible = false;
-    mvdb::DynamicRecord ReponseAutresTournees;
+    // Drop rules.
+    void DeposerEtiquette(float X, float Y) { edition.DeposerEtiquette(X, Y); }
+    void RechercheTourneesIntervenant(const std::string& cle, bool& trouve) {
+        edition.RechercheTourneesIntervenant(cle, trouve);
+    }
     // A time in hundredths as HHhMM, all of it through CentiemesVersHeure (899 reads "09h00"), as the
     // drop writes it; the display cuts the hour and the minutes apart.
     static std::string heureDepot(double centiemes);
-    // The first row of `table` whose column `colonne` equals `valeur`; 0 when none does.
-    static std::int64_t chercherLigne(const model::WorkTable& table, int colonne, const std::string& valeur);
-    // The drop and the push send a label back to pane "AIDE" each its own way: whose way it is.
-    enum class RetourPar { Depot, Decalage };
 
-private:
-    // What the drop and the push share (editing/drop.cpp, editing/shifting.cpp).
-    // Sends detail label `index` back to pane "AIDE": its row takes its place there by start time, or the
-    // half of an act for two joins the half that waits and the label is unloaded. The row leaves
-    // TabTempoDetail, and pane "DETAIL" is painted again.
-    void renvoyerEnAide(int index, RetourPar par);
-    // Lays out the label of row `ligne` of TabTempoAide on that line; false when the aidé's record cannot
-    // be read, which ends the layout of the rows after it.
-    bool PlacerEtqAide(std::int64_t ligne, RetourPar par);
-    // The scroll range once a drop changed the waiting list: the bar beyond seven rows.
-    void reglerDefilementDepot();
-    // Height in pane "DETAIL" of a label of that many minutes.
-    int hauteurDetail(int minutes) const;
-    // Nesting of the push; only a duration below zero could make it endless.
-    int m_profondeurDecalage = 0;
-
-public:
-    // Shifting engine (editing/shifting.cpp) and chaining (editing/chaining.cpp).
-    void TrierTabTempoDetail(int index, int position, bool Decale);
-    void VerifEtqDecale(int index, int hauteur, int position);
-    void DecalerEtiquettes(int index, int hauteur);
-    void Cmd_Enchainement_Click();
+    // Shifting engine and chaining.
+    void TrierTabTempoDetail(int index, int position, bool Decale) {
+        edition.TrierTabTempoDetail(index, position, Decale);
+    }
+    void VerifEtqDecale(int index, int hauteur, int position) {
+        edition.VerifEtqDecale(index, hauteur, position);
+    }
+    void DecalerEtiquettes(int index, int hauteur) { edition.DecalerEtiquettes(index, hauteur); }
+    void Cmd_Enchainement_Click() { edition.Cmd_Enchainement_Click(); }
+    // The push ran a label off pane "DETAIL".
+    bool DebordementDecalage = false;
+    // The editing's own state: what a drag and a push keep between two events.
+    Edition edition{*this};
 
     // Removal of an assignment (editing/removal.cpp) and the assignment dialog
     // (editing/frm_affectation_tournee.cpp).
-    void EnleveAffectationTournee(bool SansRetour);
+    void EnleveAffectationTournee(bool SansRetour) { edition.EnleveAffectationTournee(SansRetour); }
     void Mnu_AffectationTournee_Click();
     int NbTourneesAffectation = 0;
     int IndiceEtqAffectee = 0;
@@ -317,34 +321,42 @@ public:
     // ---- Records that other programs wrote badly (display/affichage.cpp).
     // True when there is no fault; a fault joins those that the display or print in progress tells once,
     // at its end, and its record gives no label and no printed line.
-    bool enregistrementSain(const std::optional<data::RecordFault>& defaut);
+    bool enregistrementSain(const std::optional<data::RecordFault>& defaut) {
+        return affichage.enregistrementSain(defaut);
+    }
     // Row i of a reply on SSIADACCORDS listed "0 1 2 3", its days checked as enregistrementSain does
     // (display/cadre_aide.cpp, beside the reply's columns).
-    bool accordSain(const mvdb::DynamicRecord& accords, std::int64_t i);
+    bool accordSain(const mvdb::DynamicRecord& accords, std::int64_t i) {
+        return affichage.accordSain(accords, i);
+    }
     // The aidé's absences, checked likewise before the waiting pane asks what he needs: absences that
     // make no sense cannot tell whether he is there. The tournée's own records of him are shown still,
     // so that a validation keeps them.
-    bool absencesSaines(const std::string& CodeAide);
+    bool absencesSaines(const std::string& CodeAide) { return affichage.absencesSaines(CodeAide); }
     // Takes out of a reply listed with "0 1 2" (key, planned end, ...) the planned interventions that
     // make no sense, noting each; the other rows keep their order.
-    void ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse);
+    void ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse) {
+        affichage.ecarterInterventionsIncoherentes(reponse);
+    }
     // One box that names every fault noted since the last one, when there is any; then forgets them.
-    void signalerDefauts();
+    void signalerDefauts() { affichage.signalerDefauts(); }
     data::FaultList defautsLus;
     // ---- Saving (saving/).
     // Validates the tournée on show. Whether it went through is ValidationAnomalies: false only when the
     // anomaly list was answered Cancel, the database refused the change (the user is told), or the user
     // kept the version another workstation saved since the display (the day is then shown as stored);
     // on the early exits with nothing to save it keeps its former value.
-    void Cmd_Ok_Click();
+    void Cmd_Ok_Click() { m_sauvegarde.Cmd_Ok_Click(); }
     bool commitReussi() const { return ValidationAnomalies; }
     // Adds a row to TabAnomalies when the planned time of detail row `ligne`, shown by `etiquette`, leaves
     // the window of its protocole (both bounds allowed). Returns whether it did.
-    bool TesterAnomalie(std::int64_t ligne, const toolkit::Control& etiquette);
+    bool TesterAnomalie(std::int64_t ligne, const toolkit::Control& etiquette) {
+        return m_sauvegarde.TesterAnomalie(ligne, etiquette);
+    }
     // Clears the screen when there is nothing to save: labels, tables, the code.
-    void ReinitialiserEcran();
+    void ReinitialiserEcran() { m_sauvegarde.ReinitialiserEcran(); }
     // The button that leaves the screen, or cancels the tournée on show.
-    void Cmd_Sortir_Click();
+    void Cmd_Sortir_Click() { m_sauvegarde.Cmd_Sortir_Click(); }
     // Shows the anomaly list modally; in its asking use the answer comes back in ValidationAnomalies.
     void AfficherAnomalies(bool affichage);
 
@@ -388,21 +400,11 @@ private:
     void buildPanesAndLegend();
     void buildButtonsAndMenus();
     void setTabOrder();
-    // The records of SSIADTOURNEE of a tournée and an internal day as stored now, keys and whole texts,
-    // in key order as one text: two reads give the same text exactly when nothing changed between them.
-    std::string versionStockee(const std::string& codeTournee, const std::string& jour);
-    // What the display of the tournée on show read of its day (versionStockee): a validation replaces
-    // the stored records only while they are still those, or once the user agreed to replace them. Empty
-    // while no tournée is on show.
-    std::optional<std::string> m_versionAffichee;
-    // The validation's way out when the user keeps the other workstation's version: the day shown again
-    // as stored, or, during an assignment, the assignment taken back.
-    void reafficherVersionStockee();
-    // Replaces the stored records of the tournée and day by one record per detail row, in one
-    // transaction. When they are no longer those the display read, nothing is written and their present
-    // version is returned. A failure of the database is told, leaves the stored tournée as it was, and
-    // clears ValidationAnomalies.
-    std::optional<std::string> remplacerTournee(const std::string& jour, bool affectation);
+    // The display, the editing and the saving reach the control's private routines.
+    friend class Affichage;
+    friend class Edition;
+    friend class Sauvegarde;
+    Sauvegarde m_sauvegarde{*this};
 
     toolkit::Host& m_host;
     const base::Clock& m_clock;

@@ -1,4 +1,4 @@
-#include <climits>
+#include <optional>
 
 #include "base/error.h"
 #include "base/text.h"
@@ -14,20 +14,11 @@ namespace control {
 
 namespace {
 
-// The label of row i, found through NumEtq; nullptr when the row has none loaded.
-toolkit::Label* labelOfRow(toolkit::ControlArray<toolkit::Label>& etiquettes, const model::WorkTable& table,
-                           std::int64_t i) {
-    const std::int64_t index = base::roundHalfEven(base::toNumber(table(i, model::col::NumEtq)));
-    if (index < 1 || index > INT_MAX || !etiquettes.exists(static_cast<int>(index))) return nullptr;
-    return &etiquettes(static_cast<int>(index));
-}
-
-model::ScaleRef scaleRef(const Ctr_Zandorel& c) {
-    return {model::HeureVersCentiemes(c.HeureDebutEchelle), c.PasQuartHeure};
-}
-
-model::KindColours kindColours(const Ctr_Zandorel& c) {
-    return {c.CouleurInfirmier, c.CouleurSoignant, c.CouleurMixte};
+// The label of row i of a pane's table, found through NumEtq; nullptr when the row has none loaded.
+toolkit::Label* labelOfRow(Ctr_Zandorel& c, model::Pane pane, std::int64_t i) {
+    const std::optional<int> index = c.Tables.labelOfRow(pane, i);
+    if (!index || !c.Etq_Aide.exists(*index)) return nullptr;
+    return &c.Etq_Aide(*index);
 }
 
 struct Identite {
@@ -56,16 +47,16 @@ void changerPeriode(Ctr_Zandorel& c, double heureDebut, double heureFin) {
         c.DerniereValeurScroll = c.VScroll.value();
         c.VScroll.setVisible(false);
     }
-    c.TabTempoAide.release();
+    c.Tables.release(model::Pane::Aide);
     c.HeureDebutEchelle = heureDebut;
     c.HeureFinEchelle = heureFin;
     c.ChargerEtiquetteHeuresAide(c.HeureDebutEchelle, c.HeureFinEchelle);
     c.ChargerEtiquetteHeuresDetail(c.HeureDebutEchelle, c.HeureFinEchelle);
 }
 
-void writeBack(model::WorkTable& table, int i, const toolkit::Label& label) {
-    table->set(i, model::col::TopEtq, base::numberText(label.top()));
-    table->set(i, model::col::NumEtq, base::numberText(label.index()));
+void writeBack(model::LabelTables& tables, model::Pane pane, int i, const toolkit::Label& label) {
+    tables.setTopEtq(pane, i, label.top());
+    tables.setNumEtq(pane, i, label.index());
 }
 
 }  // namespace
@@ -94,7 +85,7 @@ void Ctr_Zandorel::VScroll_Change() {
         if (page.resetValue) VScroll.setValue(page.first);
         const std::int64_t n = TabTempoAide->DCount();
         for (std::int64_t i = 1; i <= n; ++i) {
-            toolkit::Label* label = labelOfRow(Etq_Aide, TabTempoAide, i);
+            toolkit::Label* label = labelOfRow(*this, model::Pane::Aide, i);
             if (!label) continue;
             const int row = static_cast<int>(i);
             if (model::rowShown(page, row)) {
@@ -112,38 +103,57 @@ void Ctr_Zandorel::VScroll_Change() {
 void Ctr_Zandorel::AlternerCouleursDetail() {
     const std::int64_t n = TabTempoDetail->DCount();
     for (std::int64_t i = 1; i <= n; ++i) {
-        toolkit::Label* label = labelOfRow(Etq_Aide, TabTempoDetail, i);
+        toolkit::Label* label = labelOfRow(*this, model::Pane::Detail, i);
         if (!label) continue;
-        label->setBackColor(model::colourNumber(i % 2 == 1 ? CouleurAide1 : CouleurAide2));
+        label->setBackColor(
+            model::colourNumber(model::LabelTables::alternatingColour(i, CouleurAide1, CouleurAide2)));
     }
 }
 
 void Ctr_Zandorel::AjoutEtqAide(int row, int NumEtq, int HeureDebut, int HeureFin, int DureeMn, int TopEtq,
                                 const std::string& CleProtocole, const std::string& TypeEtq) {
-    model::insertLabelRow(*TabTempoAide, row,
-                          {NumEtq, HeureDebut, HeureFin, DureeMn, TopEtq, CleProtocole, TypeEtq});
+    Tables.insertAt(model::Pane::Aide, row,
+                    {NumEtq, HeureDebut, HeureFin, DureeMn, TopEtq, CleProtocole, TypeEtq});
 }
 
 void Ctr_Zandorel::CouleurAjoutEtqLst(int row, int NumEtq, int HeureDebut, int HeureFin, int DureeMn,
                                       int TopEtq, const std::string& CleProtocole,
                                       const std::string& TypeEtq) {
-    model::insertLabelRow(*TabTempoDetail, row,
-                          {NumEtq, HeureDebut, HeureFin, DureeMn, TopEtq, CleProtocole, TypeEtq});
+    Tables.insertAt(model::Pane::Detail, row,
+                    {NumEtq, HeureDebut, HeureFin, DureeMn, TopEtq, CleProtocole, TypeEtq});
 }
 
 void Ctr_Zandorel::TriCouleurEtq(int NumEtq, int HeureDebut, int HeureFin, int DureeMn, int TopEtq,
                                  const std::string& CleProtocole, const std::string& TypeEtq) {
-    const auto row = static_cast<int>(model::rowForTopEtq(*TabTempoDetail, TopEtq));
-    CouleurAjoutEtqLst(row, NumEtq, HeureDebut, HeureFin, DureeMn, TopEtq, CleProtocole, TypeEtq);
+    Tables.insertByPosition({NumEtq, HeureDebut, HeureFin, DureeMn, TopEtq, CleProtocole, TypeEtq});
+}
+
+model::ScaleRef Ctr_Zandorel::echelleRef() const {
+    return {model::HeureVersCentiemes(HeureDebutEchelle), PasQuartHeure};
+}
+
+model::KindColours Ctr_Zandorel::couleursNatures() const {
+    return {CouleurInfirmier, CouleurSoignant, CouleurMixte};
+}
+
+void Ctr_Zandorel::habillerEtiquetteAide(toolkit::Label& label, std::int64_t i, Textes textes) {
+    const data::FichiersSSIAD& f = Mod.fichiers;
+    model::LabelLook look = model::lookAide(*TabTempoAide, i, f.EnregCIVILAIDE(data::civilaide::kNom),
+                                            f.EnregCIVILAIDE(data::civilaide::kPrenom), echelleRef(),
+                                            HauteurEtq, couleursNatures());
+    if (textes == Textes::Gardes) {
+        look.caption = label.caption();
+        look.toolTip = label.toolTipText();
+    }
+    model::applyLook(label, look);
+    Tables.setTopEtq(model::Pane::Aide, i, label.top());
 }
 
 toolkit::Label& Ctr_Zandorel::creerEtiquetteAide(int i) {
-    const Identite qui =
-        lireIdentite(Mod.fichiers, model::codeAideOf(TabTempoAide(i, model::col::CleProtocole)));
+    lireIdentite(Mod.fichiers, model::codeAideOf(TabTempoAide(i, model::col::CleProtocole)));
     toolkit::Label& label = Etq_Aide.Load(++IndiceEtqMax);
-    model::applyLook(label, model::lookAide(*TabTempoAide, i, qui.nom, qui.prenom, scaleRef(*this),
-                                            HauteurEtq, kindColours(*this)));
-    writeBack(TabTempoAide, i, label);
+    habillerEtiquetteAide(label, i, Textes::Refaits);
+    Tables.setNumEtq(model::Pane::Aide, i, label.index());
     label.setVisible(true);
     return label;
 }
@@ -152,14 +162,13 @@ toolkit::Label& Ctr_Zandorel::creerEtiquetteDetail(int i) {
     const Identite qui =
         lireIdentite(Mod.fichiers, model::codeAideOf(TabTempoDetail(i, model::col::CleProtocole)));
     toolkit::Label& label = Etq_Aide.Load(++IndiceEtqMax);
-    const model::PlannedStart planned = model::cutPlannedStart(TabTempoDetail(i, model::col::TypeEtq));
-    label.setLinkItem(planned.linkItem);
-    TabTempoDetail->set(i, model::col::TypeEtq, planned.typeEtq);
+    const std::string linkItem = Tables.takePlannedStart(i);
+    label.setLinkItem(linkItem);
     const model::DetailContext context{
-        scaleRef(*this), model::heuresAffichees(HeureDebutEchelle, HeureFinEchelle), NbIntervenantsTournee};
-    model::applyLook(label, model::lookDetail(*TabTempoDetail, i, planned.linkItem, qui.nom, qui.prenom,
-                                              context, kindColours(*this)));
-    writeBack(TabTempoDetail, i, label);
+        echelleRef(), model::heuresAffichees(HeureDebutEchelle, HeureFinEchelle), NbIntervenantsTournee};
+    model::applyLook(label, model::lookDetail(*TabTempoDetail, i, linkItem, qui.nom, qui.prenom, context,
+                                              couleursNatures()));
+    writeBack(Tables, model::Pane::Detail, i, label);
     label.setVisible(true);
     return label;
 }

@@ -87,6 +87,13 @@ TEST(Rounding, IntFloorsAndHalvesGoToEven) {
     };
     for (const auto& row : rows)
         EXPECT_EQ(roundHalfEven(row.input), row.expected) << row.name;
+    const Row<std::string, int> entiers[] = {
+        {"no number reads as 0", "abc", 0},
+        {"decimal comma, half to even", "2,5", 2},
+        {"a table's integer", "850", 850},
+    };
+    for (const auto& row : entiers)
+        EXPECT_EQ(toInteger(row.input), row.expected) << row.name;
     EXPECT_EQ(formatFixed(12.5, -1), "12");
     EXPECT_EQ(formatFixed(-0.001, 2), "0,00");
     EXPECT_EQ(formatFixed(12.5, 2), "12,50");

@@ -23,7 +23,7 @@ struct Service : testing_support::ControlFixture {
         c.Txt_CodeTournee.Change = c.Cbo_Date.Change = c.Txt_Date.Change =
             nullptr;  // selection not under test
         c.Txt_Date.setText("23/11/2026");
-        c.TabTempoAide.renew();
+        c.Tables.renew(model::Pane::Aide);
         service.put("SSIADSOINS", "INF", {"Injection", "", "", "", "O"});
         for (auto [code, secteur, nb] :
              {std::array{"T01", secteurs.c_str(), nbT01.c_str()}, {"T05", "", "1"}, {"T06", "", "2"}})

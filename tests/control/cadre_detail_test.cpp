@@ -55,9 +55,9 @@ control::Ctr_Zandorel& afficher(testing_support::ControlFixture& f, const std::s
     control::Ctr_Zandorel& c = f.start();
     c.Txt_CodeTournee.setText("001");
     c.Cbo_Date.setText(date);
-    c.TabTempoAide.renew();
-    c.TabTempoDetail.renew();
-    c.NbLignesDetail = 0;
+    c.Tables.renew(model::Pane::Aide);
+    c.Tables.renew(model::Pane::Detail);
+    c.affichage.NbLignesDetail = 0;
     c.CadreDetailAvecTournee();
     return c;
 }

@@ -21,7 +21,7 @@ struct Placee {
 std::vector<std::string> enchainer(const std::vector<Placee>& placees, bool anterieure) {
     testing_support::ControlFixture f;
     control::Ctr_Zandorel& c = f.start();
-    c.TabTempoDetail.renew();
+    c.Tables.renew(model::Pane::Detail);
     c.TourneeAnterieure = anterieure;
     int i = 0;
     for (const Placee& p : placees) {

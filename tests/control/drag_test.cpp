@@ -31,13 +31,16 @@ std::string presser(int bouton, double left, double top, bool survolee, const st
     Ecran e;
     e.c.Txt_CodeTournee.setText(code);
     toolkit::Label& etiquette = e.etiquette(2, left, top);
-    e.c.PanneauSource = "-";
+    e.c.PanneauSource = model::Pane::None;
     e.f.host.queueMenuChoice("");
     if (survolee) etiquette.MouseMove(0, 0, 20.5, 21.5);
     etiquette.MouseDown(bouton, 0, 20.5, 21.5);
     EXPECT_EQ(e.c.IndiceEtqCourante, 2);
-    std::string out = e.c.PanneauSource + " " + std::to_string(e.c.DecalageSourisX) + "," +
-                      std::to_string(e.c.DecalageSourisY);
+    // "-" while the press left no pane.
+    const std::string_view pane = model::paneText(e.c.PanneauSource);
+    std::string out = std::string(pane.empty() ? "-" : pane) + " " +
+                      std::to_string(e.c.edition.DecalageSourisX) + "," +
+                      std::to_string(e.c.edition.DecalageSourisY);
     if (e.c.UserControl.dragSource() == &etiquette) out += " drag";
     if (e.f.host.menuChoicesQueued() == 0) out += e.c.Mnu_AffectationTournee.enabled() ? " menu+" : " menu";
     return out;
@@ -79,8 +82,8 @@ TEST(SuivreHoraireEtiquette, ShowsTheTimeUnderTheLabelsTopWithinItsOwnBounds) {
         Ecran e;
         e.c.PasQuartHeure = k.pas;
         e.c.HeureDebutEchelle = k.debut;
-        e.c.DecalageSourisX = 10;
-        e.c.DecalageSourisY = 20;
+        e.c.edition.DecalageSourisX = 10;
+        e.c.edition.DecalageSourisY = 20;
         e.c.SuivreHoraireEtiquette(1010, 2020);  // shown first, so that hiding is seen
         e.c.SuivreHoraireEtiquette(static_cast<float>(k.L + 10), static_cast<float>(k.T + 20));
         EXPECT_EQ(e.horaire(), k.attendu) << k.nom;

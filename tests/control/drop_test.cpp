@@ -17,24 +17,24 @@ TEST(DeposerEtiquette, RefusesInItsOrderAndChangesNothing) {
         const char* nom;
         std::function<void(Jour&)> avant;
         const char* code;
-        std::string_view pane;
+        model::Pane pane;
         double L, T;
         std::string message;
     } const cas[] = {
-        {"within 200 twips of the grab offset", nullptr, "00013", model::kPaneAide, 100, 100, ""},
-        {"outside both zones", nullptr, "00012", model::kPaneDetail, 5294, 2000, ""},
-        {"one twip lower than the bottom", nullptr, "00013", model::kPaneAide, 1000, 6006, ""},
-        {"a past day", [](Jour& j) { j.c.TourneeAnterieure = true; }, "00013", model::kPaneAide, 1000, 3000,
+        {"within 200 twips of the grab offset", nullptr, "00013", model::Pane::Aide, 100, 100, ""},
+        {"outside both zones", nullptr, "00012", model::Pane::Detail, 5294, 2000, ""},
+        {"one twip lower than the bottom", nullptr, "00013", model::Pane::Aide, 1000, 6006, ""},
+        {"a past day", [](Jour& j) { j.c.TourneeAnterieure = true; }, "00013", model::Pane::Aide, 1000, 3000,
          "Déplacement impossible : date de la tournée antérieure à la date du jour." + titre},
         {"back to the waiting list during an assignment",
-         [](Jour& j) { j.c.Mod.FlagAffectationEnCours = true; }, "00012", model::kPaneDetail, 6000, 2000,
+         [](Jour& j) { j.c.Mod.FlagAffectationEnCours = true; }, "00012", model::Pane::Detail, 6000, 2000,
          "Déplacement impossible." + titre},
-        {"no tournée", [](Jour& j) { j.c.SansTournee = true; }, "00013", model::kPaneAide, 1000, 3000,
+        {"no tournée", [](Jour& j) { j.c.SansTournee = true; }, "00013", model::Pane::Aide, 1000, 3000,
          "Déplacement impossible : aucune tournée selectionnée." + titre},
         {"a push off the bottom during an assignment", [](Jour& j) { j.c.Mod.FlagAffectationEnCours = true; },
-         "00013", model::kPaneAide, 1000, 5700,
+         "00013", model::Pane::Aide, 1000, 5700,
          "Déplacement impossible, vous ne pouvez pas décaler les aidés." + titre},
-        {"the other intervenant comes at another time", nullptr, "00016", model::kPaneAide, 1000, 3560,
+        {"the other intervenant comes at another time", nullptr, "00016", model::Pane::Aide, 1000, 3560,
          "Déplacement impossible : un intervenant est déjà prévu dans la tournée 002 (LUNDI SOIR) de 08h00 à "
          "08h30" +
              titre},
@@ -61,7 +61,7 @@ TEST(DeposerEtiquette, PassesOverARecordOfAnotherTourneeThatMakesNoSense) {
         Jour j;
         j.f.service.put("SSIADTOURNEE", std::string("002") + "00016" + Jour::kLundi + "0800",
                         {fin, "000162100000000110800"});
-        const int robert = j.etiquette("00016", model::kPaneAide);
+        const int robert = j.etiquette("00016", model::Pane::Aide);
         j.glisser(robert, 1000, 3560);
         EXPECT_EQ(j.boites(), "");
         EXPECT_EQ(j.place(robert), "760 3560 1000");
@@ -87,8 +87,8 @@ TEST(DeposerEtiquette, PlacesTheLabelAtTheTimeUnderItsTopAndPushesWhatItMeets) {
     for (const Cas& k : cas) {
         SCOPED_TRACE(k.nom);
         Jour j;
-        const int index = j.etiquette(k.code, model::kPaneAide),
-                  autre = j.etiquette(k.autre, model::kPaneDetail);
+        const int index = j.etiquette(k.code, model::Pane::Aide),
+                  autre = j.etiquette(k.autre, model::Pane::Detail);
         j.glisser(index, 1000, k.T);
         EXPECT_EQ(j.boites(), "");
         EXPECT_EQ(j.place(index), k.place);
@@ -96,7 +96,7 @@ TEST(DeposerEtiquette, PlacesTheLabelAtTheTimeUnderItsTopAndPushesWhatItMeets) {
         EXPECT_FALSE(j.c.Etq_Horaire.visible());
     }
     Jour j;
-    const int martin = j.etiquette("00013", model::kPaneAide);
+    const int martin = j.etiquette("00013", model::Pane::Aide);
     j.glisser(martin, 1000, 2860);
     EXPECT_EQ(j.c.Etq_Aide(martin).caption(), "NOM00013 Marie 30mn");
     EXPECT_EQ(j.c.Etq_Aide(martin).toolTipText(), "00013 - NOM00013 Marie - 09h00 à 09h30 = 30mn");

@@ -20,7 +20,7 @@ struct PaneAide {
     int changes = 0;
 
     PaneAide(int rows, int max) {
-        c.TabTempoAide.renew();
+        c.Tables.renew(model::Pane::Aide);
         for (int i = 1; i <= rows; ++i) {
             c.AjoutEtqAide(i, rows + 1 - i, 800, 900, 30, 0, kCle, "I");
             c.Etq_Aide.Load(i).setVisible(true);
@@ -97,7 +97,7 @@ TEST(DetailColours, RowsAlternateInTopOrderAndTheLastOfATieComesFirst) {
     control::Ctr_Zandorel& c = *f.ctl;
     c.CouleurAide1 = base::numberText(0xC0E0FF);
     c.CouleurAide2 = base::numberText(0x80C0FF);
-    c.TabTempoDetail.renew();
+    c.Tables.renew(model::Pane::Detail);
     const int tops[] = {2000, 1000, 1000};
     for (int n = 1; n <= 3; ++n) {
         c.TriCouleurEtq(n, 800, 900, 30, tops[n - 1], kCle, "I");
@@ -118,7 +118,7 @@ TEST(LabelMaking, LabelsOfBothPanesWriteTheirPlaceBackIntoTheRow) {
     c.CouleurInfirmier = c.CouleurSoignant = c.CouleurMixte = "255";
     c.NbIntervenantsTournee = 2;
     c.Opt_Matin_Click();
-    c.TabTempoAide.renew();
+    c.Tables.renew(model::Pane::Aide);
     c.AjoutEtqAide(1, 9, 850, 1000, 30, 0, kCle, "I|2");
     c.AjoutEtqAide(2, 9, 850, 1000, 30, 0, "00099215000000011850", "A");
     EXPECT_EQ(c.creerEtiquetteAide(1).left(), 7040);
@@ -126,7 +126,7 @@ TEST(LabelMaking, LabelsOfBothPanesWriteTheirPlaceBackIntoTheRow) {
     // No civil record for 00099: the label takes the name the buffer last held.
     EXPECT_EQ(c.creerEtiquetteAide(2).caption(), "DUPONT\r\nMarie\r\n30mn\r\n");
 
-    c.TabTempoDetail.renew();
+    c.Tables.renew(model::Pane::Detail);
     c.CouleurAjoutEtqLst(1, 4, 800, 1000, 20, 0, kCle, "A|1|0850");
     const toolkit::Label& detail = c.creerEtiquetteDetail(1);
     EXPECT_EQ(detail.linkItem(), "0850");

@@ -35,8 +35,8 @@ struct Etiquettes {
     int martin, robert, dupont;
 };
 Etiquettes survolees(Jour& j) {
-    const Etiquettes e{j.etiquette("00013", model::kPaneAide), j.etiquette("00016", model::kPaneAide),
-                       j.etiquette("00012", model::kPaneDetail)};
+    const Etiquettes e{j.etiquette("00013", model::Pane::Aide), j.etiquette("00016", model::Pane::Aide),
+                       j.etiquette("00012", model::Pane::Detail)};
     for (int i : {e.martin, e.robert, e.dupont})
         j.c.Etq_Aide_MouseMove(i, 0, 0, 20, 20);
     return e;

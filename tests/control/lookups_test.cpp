@@ -135,7 +135,7 @@ TEST(RechercheInterventionsValidees, TheFormFollowsTheTourneeAndTheArguments) {
         for (auto [tournee, aide, jour, debut, fin] : kPlanifiees)
             s.service.put("SSIADTOURNEE", std::string(tournee) + aide + jour + debut,
                           {fin, std::string("P") + debut});
-        s.c.DateTourneeInterne = "21512";
+        s.c.affichage.DateTourneeInterne = "21512";
         s.montrer(row.tournee, 1);
         s.c.RechercheInterventionsValidees(kAide, row.demiJournee, row.portee);
         EXPECT_EQ(Service::lignes(s.c.TabValidees, {1, 2, 3, 4, 5}), row.attendu) << row.name;

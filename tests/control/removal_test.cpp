@@ -64,10 +64,10 @@ struct Affectation {
                         c.TabTempoAide(r, col::CleProtocole), typeEtq);
         if (moitie) {
             c.Etq_Aide.Load(++c.IndiceEtqMax).setGeometry(placee.left(), placee.top(), 100, 800);
-            c.TabTempoAide->set(r, col::NumEtq, base::numberText(c.IndiceEtqMax));
-            c.TabTempoAide->set(r, col::TypeEtq, "I|1");
+            c.Tables.setNumEtq(model::Pane::Aide, r, c.IndiceEtqMax);
+            c.Tables.setTypeEtq(model::Pane::Aide, r, model::TypeEtq("I|1"));
         } else {
-            c.TabTempoAide->Delete(r);
+            c.Tables.remove(model::Pane::Aide, r);
             for (std::int64_t j = r; j <= c.TabTempoAide->DCount(); ++j)
                 c.Etq_Aide(numEtq(j)).setTop(c.Etq_Aide(numEtq(j)).top() - c.HauteurEtq);
         }

@@ -147,7 +147,7 @@ TEST(SelectionCode, ClearingTheCodeGoesBackToTheTypedDateAndTheMorning) {
 
 TEST(SelectionCode, AnAssignmentTargetOpensAtOnceWithOnlyTheAssignedLabelUsable) {
     Service s;
-    s.c.TabTempoAide.renew();
+    s.c.Tables.renew(model::Pane::Aide);
     s.c.Etq_Aide.Load(1);
     s.c.Etq_Aide.Load(2);
     s.c.IndiceEtqCourante = 2;
@@ -168,7 +168,7 @@ struct TourneeAffichee : Service {
     explicit TourneeAffichee(const std::vector<std::string>& debuts) {
         input::type(c.Txt_CodeTournee, "001");
         c.DateAffichee = c.Cbo_Date.text();
-        c.TabTempoDetail.renew();
+        c.Tables.renew(model::Pane::Detail);
         c.TabTourneeEnregistree.renew();
         for (int i = 1; i <= 2; ++i) {
             c.TabTourneeEnregistree->set(i, 1, "0010001221516" + base::zeroPad(700 + 100 * i, 4));

@@ -179,7 +179,7 @@ TEST(RequeteTournee, ListsTheTourneesInForceThatBeginWithTheText) {
 TEST(UserControl_Terminate, ReleasesTablesRightsAndTheDatabase) {
     ControlFixture f;
     control::Ctr_Zandorel& ctl = f.start(2);
-    ctl.TabTempoAide.renew();
+    ctl.Tables.renew(model::Pane::Aide);
     std::weak_ptr<mvdb::Database> base = f.service.db;
     f.service.db.reset();
     ctl.UserControl_Terminate();

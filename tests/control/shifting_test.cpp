@@ -14,8 +14,8 @@ struct Pile : testing_support::SmallService {
         aide("00012", "DUPONT");
         start();
         c.PasQuartHeure = 105;
-        c.TabTempoDetail.renew();
-        c.TabTempoAide.renew();
+        c.Tables.renew(model::Pane::Detail);
+        c.Tables.renew(model::Pane::Aide);
     }
     int poser(double top) {
         const int i = ++c.IndiceEtqMax;
@@ -54,13 +54,13 @@ TEST(DecalerEtiquettes, PushesBelowEachOtherWhatTheDryRunFoundAndTheyDifferAtEqu
         Pile p;
         const int a = p.poser(300), b = p.poser(k.b), c = p.poser(k.c);
         const std::string detail = p.c.TabTempoDetail->text();
-        p.c.PanneauSource = "DETAIL";
-        p.c.TabTempoDecale.renew();
-        p.c.TabTempoDecale->setText(detail);
+        p.c.PanneauSource = model::Pane::Detail;
+        p.c.edition.TabTempoDecale.renew();
+        p.c.edition.TabTempoDecale->setText(detail);
         p.c.TrierTabTempoDetail(a, k.position, false);
         p.c.VerifEtqDecale(a, 210, k.position);
-        EXPECT_EQ(p.c.DecalageImpossible, k.impossible);
-        EXPECT_EQ(p.c.TabTempoDecale(1, 1), k.position < k.b ? "1" : "2");
+        EXPECT_EQ(p.c.edition.DecalageImpossible, k.impossible);
+        EXPECT_EQ(p.c.edition.TabTempoDecale(1, 1), k.position < k.b ? "1" : "2");
         EXPECT_EQ(p.c.TabTempoDetail->text(), detail);
 
         p.c.Etq_Aide(a).setTop(k.position);

@@ -107,11 +107,11 @@ TEST(LabelModel, GeometryAndClippingOfPaneAide) {
 }
 
 TEST(LabelModel, PaneIsToldFromThePosition) {
-    EXPECT_EQ(paneAt(5290, 1081), kPaneAide);
-    EXPECT_EQ(paneAt(10999, 6359), kPaneAide);
-    EXPECT_EQ(paneAt(5289, 2000), kPaneDetail);
-    EXPECT_EQ(paneAt(11000, 2000), kPaneDetail);
-    EXPECT_EQ(paneAt(6000, 1080), kPaneDetail);
+    EXPECT_EQ(paneAt(5290, 1081), Pane::Aide);
+    EXPECT_EQ(paneAt(10999, 6359), Pane::Aide);
+    EXPECT_EQ(paneAt(5289, 2000), Pane::Detail);
+    EXPECT_EQ(paneAt(11000, 2000), Pane::Detail);
+    EXPECT_EQ(paneAt(6000, 1080), Pane::Detail);
 }
 
 }  // namespace

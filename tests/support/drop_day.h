@@ -30,7 +30,7 @@ struct DropDay : SmallService {
         show();
     }
     // The label of the aidé in that pane.
-    int etiquette(const std::string& code, std::string_view pane) {
+    int etiquette(const std::string& code, model::Pane pane) {
         for (toolkit::Control* e : c.Etq_Aide.elements())
             if (e->index() > 0 && e->tag().rfind(code, 0) == 0 && model::paneAt(e->left(), e->top()) == pane)
                 return e->index();
