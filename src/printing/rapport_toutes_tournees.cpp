@@ -18,7 +18,7 @@ void Impression::ImpressionToutesTournees() {
     // 2.
     if (reponse(1).empty()) {
         m_ctl.host().MsgBox("Impression impossible : aucune tournée définie pour cette date.",
-                            toolkit::msgbox::kExclamation, "Message KORVELINE");
+                            toolkit::msgbox::kExclamation, kTitreMessage);
         return;
     }
 

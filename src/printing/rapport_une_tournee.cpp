@@ -63,7 +63,7 @@ void Impression::ImpressionUneTournee() {
     m_ctl.ecarterInterventionsIncoherentes(reponse);
     if (reponse(1).empty()) {
         m_ctl.host().MsgBox("Impression impossible : tournée non définie pour cette date.",
-                            toolkit::msgbox::kExclamation, "Message KORVELINE");
+                            toolkit::msgbox::kExclamation, kTitreMessage);
         return;
     }
     LignesUtilisees = 0;

@@ -40,13 +40,7 @@ Identite lireIdentite(data::FichiersSSIAD& fichiers, const std::string& codeAide
 // the options are disabled while a tournée is chosen.
 void changerPeriode(Ctr_Zandorel& c, double heureDebut, double heureFin) {
     c.historique.vider();
-    if (c.Etq_Aide.Count() > 1) {
-        c.Etq_Aide.unloadAll();
-        c.IndiceEtqMax = 0;
-        c.VScroll.setMax(0);
-        c.DerniereValeurScroll = c.VScroll.value();
-        c.VScroll.setVisible(false);
-    }
+    if (c.Etq_Aide.Count() > 1) c.DechargerEtiquettes();
     c.Tables.release(model::Pane::Aide);
     c.HeureDebutEchelle = heureDebut;
     c.HeureFinEchelle = heureFin;
