@@ -131,15 +131,17 @@ std::string Frm_ElemGestSSIAD::ecrire(const std::string& cle) {
     if (nouvelle.empty()) {
         const std::string aide = base::Left(Cbo_Aide.text(), 5);
         std::vector<std::string> codes;
+        // The longer keys of the aidé are the assignment dialog's look-ups, whose tails are no element codes.
         for (const std::string& k :
              clesSelectionnees(database(), data::kSSIADELEMGEST, "CodeAide = \"" + aide + "\""))
-            codes.push_back(base::Mid(k, 6));
+            if (k.size() == kLongueurCle) codes.push_back(base::Mid(k, 6));
         nouvelle = aide + prochainCode(codes, kLongueurElement);
     }
     // A record read keeps the attributes that belong to other programs.
     mvdb::DynamicRecord enreg = cle.empty() ? f->New(nouvelle) : f->Read(cle);
     enreg.set(data::elemgest::kSecteur, Cbo_Secteur.text());
     enreg.DBWrite();
+    accorderSecteursAffectation(database(), base::Left(nouvelle, 5));
     return nouvelle;
 }
 
@@ -153,6 +155,7 @@ std::vector<std::string> Frm_ElemGestSSIAD::utilisateurs(const std::string& cle)
 
 void Frm_ElemGestSSIAD::effacer(const std::string& cle) {
     fichier(data::kSSIADELEMGEST)->Delete(cle);
+    accorderSecteursAffectation(database(), base::Left(cle, 5));
 }
 
 void Frm_ElemGestSSIAD::Form_Unload(int& Cancel) {

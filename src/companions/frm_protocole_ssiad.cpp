@@ -340,7 +340,16 @@ std::string Frm_ProtocoleSsiad::ecrire(const std::string& cle) {
                   ? ""
                   : conversion.DateInterne(conversion.NormaliserDate(Txt_DernierJour.text())));
     enreg.DBWrite();
-    if (cle.empty() || nouvelle == cle) return nouvelle;
+    if (!cle.empty() && nouvelle != cle) deplacer(cle, nouvelle);
+    // The assignment dialog finds the protocole's sector under a key made of its own.
+    accorderSecteursAffectation(database(), base::Left(nouvelle, 5));
+    if (!cle.empty() && base::Left(cle, 5) != base::Left(nouvelle, 5))
+        accorderSecteursAffectation(database(), base::Left(cle, 5));
+    return nouvelle;
+}
+
+void Frm_ProtocoleSsiad::deplacer(const std::string& cle, const std::string& nouvelle) {
+    const std::shared_ptr<mvdb::File> f = fichier(data::kSSIADPROTOCOLE);
     f->Delete(cle);
     // The interventions already planned follow their protocole to its new key.
     const std::shared_ptr<mvdb::File> tournees = fichier(data::kSSIADTOURNEE);
@@ -351,7 +360,6 @@ std::string Frm_ProtocoleSsiad::ecrire(const std::string& cle) {
         planifie.set(data::tournee::kCleProtocole, nouvelle);
         planifie.DBWrite();
     }
-    return nouvelle;
 }
 
 std::string Frm_ProtocoleSsiad::designation(const std::string& cle) {
@@ -368,6 +376,7 @@ std::vector<std::string> Frm_ProtocoleSsiad::utilisateurs(const std::string& cle
 
 void Frm_ProtocoleSsiad::effacer(const std::string& cle) {
     fichier(data::kSSIADPROTOCOLE)->Delete(cle);
+    accorderSecteursAffectation(database(), base::Left(cle, 5));
 }
 
 }  // namespace control
