@@ -7,6 +7,7 @@
 #include "companions/saisie.h"
 #include "mvdb/database.h"
 #include "toolkit/host.h"
+#include "toolkit/input.h"
 
 namespace control {
 
@@ -62,9 +63,27 @@ void EcranService::ordonnerTabulation() {
         ordre[i]->setTabIndex(static_cast<int>(i));
 }
 
+void EcranService::fermerParEchappement() {
+    if (m_echappement) return;
+    m_echappement = true;
+    // Each control is asked, since the key goes to the one with the focus; a handler of the screen's own
+    // still gets every other key.
+    for (toolkit::Control* c : controls()) {
+        c->KeyDown = [this, avant = c->KeyDown](int& keyCode, int shift) {
+            if (keyCode == static_cast<int>(toolkit::Key::Escape)) {
+                keyCode = 0;
+                unload();
+                return;
+            }
+            if (avant) avant(keyCode, shift);
+        };
+    }
+}
+
 void EcranService::ouvrir(const std::string& cle) {
     recu("Demarrer");
     ordonnerTabulation();
+    fermerParEchappement();
     lister();
     bool existe = false;
     for (const Element& e : m_elements)

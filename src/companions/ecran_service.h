@@ -18,7 +18,7 @@ public:
     ~EcranService() override;
 
     // Lists what exists and shows the record of key `cle`; empty fields for a new record when `cle` is
-    // empty or names nothing.
+    // empty or names nothing. From then on Escape, wherever the focus is, closes the screen as Fermer does.
     void ouvrir(const std::string& cle = "");
     // The key of the record shown; empty for a new record.
     const std::string& cleCourante() const { return m_cle; }
@@ -65,6 +65,7 @@ protected:
 
 private:
     void ordonnerTabulation();
+    void fermerParEchappement();
     void lister();
     void filtrer();
     void montrer(const std::string& cle);
@@ -72,6 +73,7 @@ private:
     std::vector<std::size_t> m_visibles;  // rows of the list: indexes in m_elements
     std::string m_cle;
     bool m_remplissage = false;  // the list is being filled: its Click is not the user's
+    bool m_echappement = false;  // Escape already closes the screen
 };
 
 }  // namespace control

@@ -9,6 +9,7 @@
 
 #include "base/error.h"
 #include "base/text.h"
+#include "companions/regles_service.h"
 #include "companions/saisie.h"
 #include "data/gateway.h"
 #include "data/layouts.h"
@@ -64,15 +65,12 @@ Frm_Accords::Frm_Accords(Ctr_Zandorel& ctl)
 }
 
 void Frm_Accords::listerAides() {
-    const mvdb::DynamicRecord reponse =
-        data::Interroger(database(), "SELECT CIVILAIDE PAR 0", data::kCIVILAIDE, "0 2 3");
     m_aides.clear();
     Cbo_Aide.clear();
     Cbo_Aide.setText("");
-    for (std::int64_t i = 1; i <= reponse.DCount(); ++i) {
-        if (reponse(i, 1).empty()) continue;
-        m_aides.emplace_back(reponse(i, 1), reponse(i, 2) + " " + reponse(i, 3));
-        Cbo_Aide.addItem(reponse(i, 1) + " " + m_aides.back().second);
+    for (const std::string& aide : listeAides(database())) {
+        m_aides.emplace_back(aideDe(aide), base::Mid(aide, 7));
+        Cbo_Aide.addItem(aide);
     }
 }
 
