@@ -12,17 +12,18 @@
 namespace control {
 
 EcranService::EcranService(const std::string& nom, Ctr_Zandorel& ctl, const std::string& titre,
-                           double largeur, double hauteur)
+                           double largeur, double hauteur, double largeurListe)
     : FormeCompagnon(nom, ctl, titre, largeur, hauteur),
       Txt_Recherche("Txt_Recherche", this),
       Lst_Elements("Lst_Elements", this),
       Cmd_Nouveau("Cmd_Nouveau", this),
       Cmd_Enregistrer("Cmd_Enregistrer", this),
       Cmd_Supprimer("Cmd_Supprimer", this),
-      Cmd_Fermer("Cmd_Fermer", this) {
-    legende("Rechercher", 120, 120, 3480);
-    Txt_Recherche.setGeometry(120, 400, 3480, 315);
-    Lst_Elements.setGeometry(120, 840, 3480, hauteur - 840 - 720);
+      Cmd_Fermer("Cmd_Fermer", this),
+      m_gaucheChamps(120 + largeurListe + 120) {
+    legende("Rechercher", 120, 120, largeurListe);
+    Txt_Recherche.setGeometry(120, 400, largeurListe, 315);
+    Lst_Elements.setGeometry(120, 840, largeurListe, hauteur - 840 - 720);
     const double bas = hauteur - 555;
     bouton(Cmd_Nouveau, "Nouveau", largeur - 4 * 1455, bas);
     bouton(Cmd_Enregistrer, "Enregistrer", largeur - 3 * 1455, bas);

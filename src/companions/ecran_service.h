@@ -13,8 +13,9 @@ namespace control {
 
 class EcranService : public FormeCompagnon {
 public:
+    // The list is `largeurListe` wide; the screen's fields stand right of it, from gaucheChamps().
     EcranService(const std::string& nom, Ctr_Zandorel& ctl, const std::string& titre, double largeur,
-                 double hauteur);
+                 double hauteur, double largeurListe = kLargeurListe);
     ~EcranService() override;
 
     // Lists what exists and shows the record of key `cle`; empty fields for a new record when `cle` is
@@ -58,8 +59,9 @@ protected:
     // Deletes the record, inside the transaction the frame holds.
     virtual void effacer(const std::string& cle) = 0;
 
+    static constexpr double kLargeurListe = 3480;
     // The left edge of the fields, right of the list.
-    static constexpr double kGaucheChamps = 3720;
+    double gaucheChamps() const { return m_gaucheChamps; }
     // The bottom of the room for the fields, above the buttons.
     double basDesChamps() const { return height() - 720; }
 
@@ -72,6 +74,7 @@ private:
     std::vector<Element> m_elements;
     std::vector<std::size_t> m_visibles;  // rows of the list: indexes in m_elements
     std::string m_cle;
+    double m_gaucheChamps;
     bool m_remplissage = false;  // the list is being filled: its Click is not the user's
     bool m_echappement = false;  // Escape already closes the screen
 };

@@ -52,14 +52,14 @@ Frm_Accords::Frm_Accords(Ctr_Zandorel& ctl)
                                                                 {&Txt_DernierJour, kDernierJour}};
     double top = 120;
     for (const auto& [champ, texte] : champs) {
-        legende(texte, kGaucheChamps, top, 5700);
-        champ->setGeometry(kGaucheChamps, top + 280, champ->kind() == toolkit::Kind::TextBox ? 1500 : 5700,
+        legende(texte, gaucheChamps(), top, 5700);
+        champ->setGeometry(gaucheChamps(), top + 280, champ->kind() == toolkit::Kind::TextBox ? 1500 : 5700,
                            315);
         top += 720;
     }
     Txt_PremierJour.setMaxLength(10);
     Txt_DernierJour.setMaxLength(10);
-    Chk_Suspendu.setGeometry(kGaucheChamps, top + 120, 5700, 315);
+    Chk_Suspendu.setGeometry(gaucheChamps(), top + 120, 5700, 315);
     Chk_Suspendu.setCaption("Suspendu");
     Cbo_Aide.Click = [this] { listerElements(); };
 }

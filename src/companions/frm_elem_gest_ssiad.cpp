@@ -16,6 +16,8 @@ namespace {
 
 constexpr int kLongueurElement = 6;
 constexpr std::size_t kLongueurCle = 5 + kLongueurElement;
+// A row names the aidé, the element and the sector.
+constexpr double kPlusLarge = 1200;
 
 // "00012  DUPONT Marie" of an item of the aidés' list "00012 DUPONT Marie".
 std::string nomAffiche(const std::string& aide) {
@@ -25,13 +27,14 @@ std::string nomAffiche(const std::string& aide) {
 }  // namespace
 
 Frm_ElemGestSSIAD::Frm_ElemGestSSIAD(Ctr_Zandorel& ctl)
-    : EcranService("Frm_ElemGestSSIAD", ctl, "Eléments de Gestion SSIAD", 8400, 4800),
+    : EcranService("Frm_ElemGestSSIAD", ctl, "Eléments de Gestion SSIAD", 8400 + kPlusLarge, 4800,
+                   kLargeurListe + kPlusLarge),
       Etq_Aide("Etq_Aide", this),
       Cbo_Aide("Cbo_Aide", this),
       Etq_Element("Etq_Element", this),
       Cbo_Secteur("Cbo_Secteur", this),
       Cmd_Annuler("Cmd_Annuler", this) {
-    const double gauche = kGaucheChamps, champs = kGaucheChamps + 1800;
+    const double gauche = gaucheChamps(), champs = gaucheChamps() + 1800;
     Etq_Aide.setGeometry(gauche, 120, 4560, 255);
     legende("Aidé", gauche, 570, 1680);
     Cbo_Aide.setGeometry(champs, 540, 2760, 315);

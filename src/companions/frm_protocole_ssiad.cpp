@@ -18,6 +18,7 @@ namespace pr = data::protocole;
 
 constexpr int kLongueurElement = 6;
 constexpr int kLongueurJour = 5;
+constexpr double kPlusLarge = 2400;
 
 // The code of an item "code label" of a list of soins or elements: what comes before the first blank.
 std::string code(const std::string& item) {
@@ -44,7 +45,9 @@ std::string itemDe(const std::vector<std::string>& liste, const std::string& val
 }  // namespace
 
 Frm_ProtocoleSsiad::Frm_ProtocoleSsiad(Ctr_Zandorel& ctl)
-    : EcranService("Frm_ProtocoleSsiad", ctl, "Protocoles de soins", 11400, 7560),
+    :  // The rows name the aidé, the window, the duration, the soins and the days: the list is wide.
+      EcranService("Frm_ProtocoleSsiad", ctl, "Protocoles de soins", 11400 + kPlusLarge, 7560,
+                   kLargeurListe + kPlusLarge),
       Cbo_Aide("Cbo_Aide", this),
       Cbo_Element("Cbo_Element", this),
       Chk_Lundi("Chk_Lundi", this),
@@ -64,7 +67,7 @@ Frm_ProtocoleSsiad::Frm_ProtocoleSsiad(Ctr_Zandorel& ctl)
       Cbo_NbIntervenants("Cbo_NbIntervenants", this),
       Txt_PremierJour("Txt_PremierJour", this),
       Txt_DernierJour("Txt_DernierJour", this) {
-    const double gauche = kGaucheChamps, champs = kGaucheChamps + 1920;
+    const double gauche = gaucheChamps(), champs = gaucheChamps() + 1920;
     legende("Aidé", gauche, 150, 1860);
     Cbo_Aide.setGeometry(champs, 120, 3600, 315);
     legende("Élément de gestion", gauche, 570, 1860);
