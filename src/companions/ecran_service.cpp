@@ -7,21 +7,23 @@
 #include "companions/saisie.h"
 #include "mvdb/database.h"
 #include "toolkit/host.h"
+#include "toolkit/input.h"
 
 namespace control {
 
 EcranService::EcranService(const std::string& nom, Ctr_Zandorel& ctl, const std::string& titre,
-                           double largeur, double hauteur)
+                           double largeur, double hauteur, double largeurListe)
     : FormeCompagnon(nom, ctl, titre, largeur, hauteur),
       Txt_Recherche("Txt_Recherche", this),
       Lst_Elements("Lst_Elements", this),
       Cmd_Nouveau("Cmd_Nouveau", this),
       Cmd_Enregistrer("Cmd_Enregistrer", this),
       Cmd_Supprimer("Cmd_Supprimer", this),
-      Cmd_Fermer("Cmd_Fermer", this) {
-    legende("Rechercher", 120, 120, 3480);
-    Txt_Recherche.setGeometry(120, 400, 3480, 315);
-    Lst_Elements.setGeometry(120, 840, 3480, hauteur - 840 - 720);
+      Cmd_Fermer("Cmd_Fermer", this),
+      m_gaucheChamps(120 + largeurListe + 120) {
+    legende("Rechercher", 120, 120, largeurListe);
+    Txt_Recherche.setGeometry(120, 400, largeurListe, 315);
+    Lst_Elements.setGeometry(120, 840, largeurListe, hauteur - 840 - 720);
     const double bas = hauteur - 555;
     bouton(Cmd_Nouveau, "Nouveau", largeur - 4 * 1455, bas);
     bouton(Cmd_Enregistrer, "Enregistrer", largeur - 3 * 1455, bas);
@@ -62,9 +64,27 @@ void EcranService::ordonnerTabulation() {
         ordre[i]->setTabIndex(static_cast<int>(i));
 }
 
+void EcranService::fermerParEchappement() {
+    if (m_echappement) return;
+    m_echappement = true;
+    // Each control is asked, since the key goes to the one with the focus; a handler of the screen's own
+    // still gets every other key.
+    for (toolkit::Control* c : controls()) {
+        c->KeyDown = [this, avant = c->KeyDown](int& keyCode, int shift) {
+            if (keyCode == static_cast<int>(toolkit::Key::Escape)) {
+                keyCode = 0;
+                unload();
+                return;
+            }
+            if (avant) avant(keyCode, shift);
+        };
+    }
+}
+
 void EcranService::ouvrir(const std::string& cle) {
     recu("Demarrer");
     ordonnerTabulation();
+    fermerParEchappement();
     lister();
     bool existe = false;
     for (const Element& e : m_elements)

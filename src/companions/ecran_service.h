@@ -13,12 +13,13 @@ namespace control {
 
 class EcranService : public FormeCompagnon {
 public:
+    // The list is `largeurListe` wide; the screen's fields stand right of it, from gaucheChamps().
     EcranService(const std::string& nom, Ctr_Zandorel& ctl, const std::string& titre, double largeur,
-                 double hauteur);
+                 double hauteur, double largeurListe = kLargeurListe);
     ~EcranService() override;
 
     // Lists what exists and shows the record of key `cle`; empty fields for a new record when `cle` is
-    // empty or names nothing.
+    // empty or names nothing. From then on Escape, wherever the focus is, closes the screen as Fermer does.
     void ouvrir(const std::string& cle = "");
     // The key of the record shown; empty for a new record.
     const std::string& cleCourante() const { return m_cle; }
@@ -58,20 +59,24 @@ protected:
     // Deletes the record, inside the transaction the frame holds.
     virtual void effacer(const std::string& cle) = 0;
 
+    static constexpr double kLargeurListe = 3480;
     // The left edge of the fields, right of the list.
-    static constexpr double kGaucheChamps = 3720;
+    double gaucheChamps() const { return m_gaucheChamps; }
     // The bottom of the room for the fields, above the buttons.
     double basDesChamps() const { return height() - 720; }
 
 private:
     void ordonnerTabulation();
+    void fermerParEchappement();
     void lister();
     void filtrer();
     void montrer(const std::string& cle);
     std::vector<Element> m_elements;
     std::vector<std::size_t> m_visibles;  // rows of the list: indexes in m_elements
     std::string m_cle;
+    double m_gaucheChamps;
     bool m_remplissage = false;  // the list is being filled: its Click is not the user's
+    bool m_echappement = false;  // Escape already closes the screen
 };
 
 }  // namespace control

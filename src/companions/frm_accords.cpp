@@ -9,6 +9,7 @@
 
 #include "base/error.h"
 #include "base/text.h"
+#include "companions/regles_service.h"
 #include "companions/saisie.h"
 #include "data/gateway.h"
 #include "data/layouts.h"
@@ -51,28 +52,25 @@ Frm_Accords::Frm_Accords(Ctr_Zandorel& ctl)
                                                                 {&Txt_DernierJour, kDernierJour}};
     double top = 120;
     for (const auto& [champ, texte] : champs) {
-        legende(texte, kGaucheChamps, top, 5700);
-        champ->setGeometry(kGaucheChamps, top + 280, champ->kind() == toolkit::Kind::TextBox ? 1500 : 5700,
+        legende(texte, gaucheChamps(), top, 5700);
+        champ->setGeometry(gaucheChamps(), top + 280, champ->kind() == toolkit::Kind::TextBox ? 1500 : 5700,
                            315);
         top += 720;
     }
     Txt_PremierJour.setMaxLength(10);
     Txt_DernierJour.setMaxLength(10);
-    Chk_Suspendu.setGeometry(kGaucheChamps, top + 120, 5700, 315);
+    Chk_Suspendu.setGeometry(gaucheChamps(), top + 120, 5700, 315);
     Chk_Suspendu.setCaption("Suspendu");
     Cbo_Aide.Click = [this] { listerElements(); };
 }
 
 void Frm_Accords::listerAides() {
-    const mvdb::DynamicRecord reponse =
-        data::Interroger(database(), "SELECT CIVILAIDE PAR 0", data::kCIVILAIDE, "0 2 3");
     m_aides.clear();
     Cbo_Aide.clear();
     Cbo_Aide.setText("");
-    for (std::int64_t i = 1; i <= reponse.DCount(); ++i) {
-        if (reponse(i, 1).empty()) continue;
-        m_aides.emplace_back(reponse(i, 1), reponse(i, 2) + " " + reponse(i, 3));
-        Cbo_Aide.addItem(reponse(i, 1) + " " + m_aides.back().second);
+    for (const std::string& aide : listeAides(database())) {
+        m_aides.emplace_back(aideDe(aide), base::Mid(aide, 7));
+        Cbo_Aide.addItem(aide);
     }
 }
 

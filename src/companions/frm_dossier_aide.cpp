@@ -82,7 +82,7 @@ Frm_DossierAide::Frm_DossierAide(Ctr_Zandorel& ctl)
       Txt_AbsenceFin("Txt_AbsenceFin", this),
       Cmd_AjouterAbsence("Cmd_AjouterAbsence", this),
       Cmd_RetirerAbsence("Cmd_RetirerAbsence", this) {
-    const double gauche = kGaucheChamps, champs = kGaucheChamps + 1320;
+    const double gauche = gaucheChamps(), champs = gaucheChamps() + 1320;
     const std::pair<toolkit::Control*, const char*> lignes[] = {{&Etq_Code, "Code"},
                                                                 {&Txt_Nom, "Nom"},
                                                                 {&Txt_Prenom, "Prénom"},

@@ -16,6 +16,8 @@ namespace {
 
 constexpr int kLongueurElement = 6;
 constexpr std::size_t kLongueurCle = 5 + kLongueurElement;
+// A row names the aidé, the element and the sector.
+constexpr double kPlusLarge = 1200;
 
 // "00012  DUPONT Marie" of an item of the aidés' list "00012 DUPONT Marie".
 std::string nomAffiche(const std::string& aide) {
@@ -25,13 +27,14 @@ std::string nomAffiche(const std::string& aide) {
 }  // namespace
 
 Frm_ElemGestSSIAD::Frm_ElemGestSSIAD(Ctr_Zandorel& ctl)
-    : EcranService("Frm_ElemGestSSIAD", ctl, "Eléments de Gestion SSIAD", 8400, 4800),
+    : EcranService("Frm_ElemGestSSIAD", ctl, "Eléments de Gestion SSIAD", 8400 + kPlusLarge, 4800,
+                   kLargeurListe + kPlusLarge),
       Etq_Aide("Etq_Aide", this),
       Cbo_Aide("Cbo_Aide", this),
       Etq_Element("Etq_Element", this),
       Cbo_Secteur("Cbo_Secteur", this),
       Cmd_Annuler("Cmd_Annuler", this) {
-    const double gauche = kGaucheChamps, champs = kGaucheChamps + 1800;
+    const double gauche = gaucheChamps(), champs = gaucheChamps() + 1800;
     Etq_Aide.setGeometry(gauche, 120, 4560, 255);
     legende("Aidé", gauche, 570, 1680);
     Cbo_Aide.setGeometry(champs, 540, 2760, 315);
@@ -131,15 +134,17 @@ std::string Frm_ElemGestSSIAD::ecrire(const std::string& cle) {
     if (nouvelle.empty()) {
         const std::string aide = base::Left(Cbo_Aide.text(), 5);
         std::vector<std::string> codes;
+        // The longer keys of the aidé are the assignment dialog's look-ups, whose tails are no element codes.
         for (const std::string& k :
              clesSelectionnees(database(), data::kSSIADELEMGEST, "CodeAide = \"" + aide + "\""))
-            codes.push_back(base::Mid(k, 6));
+            if (k.size() == kLongueurCle) codes.push_back(base::Mid(k, 6));
         nouvelle = aide + prochainCode(codes, kLongueurElement);
     }
     // A record read keeps the attributes that belong to other programs.
     mvdb::DynamicRecord enreg = cle.empty() ? f->New(nouvelle) : f->Read(cle);
     enreg.set(data::elemgest::kSecteur, Cbo_Secteur.text());
     enreg.DBWrite();
+    accorderSecteursAffectation(database(), base::Left(nouvelle, 5));
     return nouvelle;
 }
 
@@ -153,6 +158,7 @@ std::vector<std::string> Frm_ElemGestSSIAD::utilisateurs(const std::string& cle)
 
 void Frm_ElemGestSSIAD::effacer(const std::string& cle) {
     fichier(data::kSSIADELEMGEST)->Delete(cle);
+    accorderSecteursAffectation(database(), base::Left(cle, 5));
 }
 
 void Frm_ElemGestSSIAD::Form_Unload(int& Cancel) {

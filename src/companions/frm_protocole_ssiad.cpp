@@ -18,6 +18,7 @@ namespace pr = data::protocole;
 
 constexpr int kLongueurElement = 6;
 constexpr int kLongueurJour = 5;
+constexpr double kPlusLarge = 2400;
 
 // The code of an item "code label" of a list of soins or elements: what comes before the first blank.
 std::string code(const std::string& item) {
@@ -44,7 +45,9 @@ std::string itemDe(const std::vector<std::string>& liste, const std::string& val
 }  // namespace
 
 Frm_ProtocoleSsiad::Frm_ProtocoleSsiad(Ctr_Zandorel& ctl)
-    : EcranService("Frm_ProtocoleSsiad", ctl, "Protocoles de soins", 11400, 7560),
+    :  // The rows name the aidé, the window, the duration, the soins and the days: the list is wide.
+      EcranService("Frm_ProtocoleSsiad", ctl, "Protocoles de soins", 11400 + kPlusLarge, 7560,
+                   kLargeurListe + kPlusLarge),
       Cbo_Aide("Cbo_Aide", this),
       Cbo_Element("Cbo_Element", this),
       Chk_Lundi("Chk_Lundi", this),
@@ -64,7 +67,7 @@ Frm_ProtocoleSsiad::Frm_ProtocoleSsiad(Ctr_Zandorel& ctl)
       Cbo_NbIntervenants("Cbo_NbIntervenants", this),
       Txt_PremierJour("Txt_PremierJour", this),
       Txt_DernierJour("Txt_DernierJour", this) {
-    const double gauche = kGaucheChamps, champs = kGaucheChamps + 1920;
+    const double gauche = gaucheChamps(), champs = gaucheChamps() + 1920;
     legende("Aidé", gauche, 150, 1860);
     Cbo_Aide.setGeometry(champs, 120, 3600, 315);
     legende("Élément de gestion", gauche, 570, 1860);
@@ -340,7 +343,16 @@ std::string Frm_ProtocoleSsiad::ecrire(const std::string& cle) {
                   ? ""
                   : conversion.DateInterne(conversion.NormaliserDate(Txt_DernierJour.text())));
     enreg.DBWrite();
-    if (cle.empty() || nouvelle == cle) return nouvelle;
+    if (!cle.empty() && nouvelle != cle) deplacer(cle, nouvelle);
+    // The assignment dialog finds the protocole's sector under a key made of its own.
+    accorderSecteursAffectation(database(), base::Left(nouvelle, 5));
+    if (!cle.empty() && base::Left(cle, 5) != base::Left(nouvelle, 5))
+        accorderSecteursAffectation(database(), base::Left(cle, 5));
+    return nouvelle;
+}
+
+void Frm_ProtocoleSsiad::deplacer(const std::string& cle, const std::string& nouvelle) {
+    const std::shared_ptr<mvdb::File> f = fichier(data::kSSIADPROTOCOLE);
     f->Delete(cle);
     // The interventions already planned follow their protocole to its new key.
     const std::shared_ptr<mvdb::File> tournees = fichier(data::kSSIADTOURNEE);
@@ -351,7 +363,6 @@ std::string Frm_ProtocoleSsiad::ecrire(const std::string& cle) {
         planifie.set(data::tournee::kCleProtocole, nouvelle);
         planifie.DBWrite();
     }
-    return nouvelle;
 }
 
 std::string Frm_ProtocoleSsiad::designation(const std::string& cle) {
@@ -368,6 +379,7 @@ std::vector<std::string> Frm_ProtocoleSsiad::utilisateurs(const std::string& cle
 
 void Frm_ProtocoleSsiad::effacer(const std::string& cle) {
     fichier(data::kSSIADPROTOCOLE)->Delete(cle);
+    accorderSecteursAffectation(database(), base::Left(cle, 5));
 }
 
 }  // namespace control

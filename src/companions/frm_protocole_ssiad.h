@@ -56,6 +56,8 @@ private:
     std::string finSaisie() const;
     // The key the protocole typed gets; `cle` when its parts are those of the key shown.
     std::string nouvelleCle(const std::string& cle);
+    // Deletes the protocole of key `cle`, saved again under `nouvelle`; its planned interventions follow.
+    void deplacer(const std::string& cle, const std::string& nouvelle);
     std::string m_code, m_date;
     std::string m_debutAffiche, m_finAffichee;     // as the boxes showed them
     std::string m_debutCentiemes, m_finCentiemes;  // as stored

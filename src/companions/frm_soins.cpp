@@ -26,10 +26,10 @@ Frm_Soins::Frm_Soins(Ctr_Zandorel& ctl)
       Etq_Code("Etq_Code", this),
       Txt_Libelle("Txt_Libelle", this),
       Chk_ActeInfirmier("Chk_ActeInfirmier", this) {
-    Etq_Code.setGeometry(kGaucheChamps, 120, 5700, 255);
-    legende(kLibelle, kGaucheChamps, 520, 5700);
-    Txt_Libelle.setGeometry(kGaucheChamps, 800, 5700, 315);
-    Chk_ActeInfirmier.setGeometry(kGaucheChamps, 1320, 5700, 315);
+    Etq_Code.setGeometry(gaucheChamps(), 120, 5700, 255);
+    legende(kLibelle, gaucheChamps(), 520, 5700);
+    Txt_Libelle.setGeometry(gaucheChamps(), 800, 5700, 315);
+    Chk_ActeInfirmier.setGeometry(gaucheChamps(), 1320, 5700, 315);
     Chk_ActeInfirmier.setCaption("Acte infirmier");
 }
 

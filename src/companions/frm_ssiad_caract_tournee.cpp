@@ -16,6 +16,8 @@ namespace {
 namespace ct = data::caracttournee;
 
 constexpr int kLongueurCode = 3;
+// Labels of tournées run long ("MIXTE MATIN SUD CENTRE MERCREDI").
+constexpr double kPlusLarge = 720;
 const char* const kTypes[] = {"I infirmier", "S soignant", "M mixte"};
 
 // "Lundi" for 0 to "Dimanche" for 6, as the tournée stores its weekday.
@@ -55,7 +57,8 @@ std::string verifierQuart(std::string_view legende, const std::string& texte, st
 }  // namespace
 
 Frm_SsiadCaractTournee::Frm_SsiadCaractTournee(Ctr_Zandorel& ctl)
-    : EcranService("Frm_SsiadCaractTournee", ctl, "Caractéristiques des tournées", 9480, 6360),
+    : EcranService("Frm_SsiadCaractTournee", ctl, "Caractéristiques des tournées", 9480 + kPlusLarge, 6360,
+                   kLargeurListe + kPlusLarge),
       Txt_Code("Txt_Code", this),
       Txt_Libelle("Txt_Libelle", this),
       Cbo_Jour("Cbo_Jour", this),
@@ -68,7 +71,7 @@ Frm_SsiadCaractTournee::Frm_SsiadCaractTournee(Ctr_Zandorel& ctl)
       Lst_Secteurs("Lst_Secteurs", this),
       Cmd_RetirerSecteur("Cmd_RetirerSecteur", this),
       Chk_Supprimee("Chk_Supprimee", this) {
-    const double gauche = kGaucheChamps, champs = kGaucheChamps + 1920;
+    const double gauche = gaucheChamps(), champs = gaucheChamps() + 1920;
     const std::pair<toolkit::Control*, const char*> lignes[] = {{&Txt_Code, "Code"},
                                                                 {&Txt_Libelle, "Libellé"},
                                                                 {&Cbo_Jour, "Jour"},

@@ -1,6 +1,7 @@
 #include "companions/regles_service.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "base/date.h"
@@ -13,6 +14,7 @@ namespace control {
 namespace {
 
 constexpr int kLongueurElement = 6;
+constexpr std::size_t kLongueurRecherche = 16;
 
 bool chiffres(std::string_view texte) {
     return !texte.empty() &&
@@ -81,6 +83,37 @@ std::vector<std::string> secteursDesTournees(mvdb::Database& database) {
             if (!s.empty()) secteurs.insert(s);
     }
     return {secteurs.begin(), secteurs.end()};
+}
+
+std::string cleSecteurAffectation(std::string_view cleProtocole) {
+    const std::string cle(cleProtocole);
+    return base::Left(cle, 5) + base::Left(cle, 5) + base::Mid(cle, 9, kLongueurElement);
+}
+
+void accorderSecteursAffectation(mvdb::Database& database, const std::string& codeAide) {
+    const std::shared_ptr<mvdb::File> gestion = database.OpenFile(std::string(data::kSSIADELEMGEST));
+    const std::string deLAide = egal("CodeAide", codeAide);
+    // The look-up key cuts the protocole's first day and element: two protocoles may share one. The first
+    // in key order gives it its sector.
+    std::map<std::string, std::string> voulues;
+    for (const std::string& cle : clesSelectionnees(database, data::kSSIADPROTOCOLE, deLAide)) {
+        mvdb::DynamicRecord element;
+        if (!data::LireEnregistrement(*gestion, element, codeAide + base::Mid(cle, 11, kLongueurElement)))
+            continue;
+        voulues.emplace(cleSecteurAffectation(cle), element(data::elemgest::kSecteur));
+    }
+    for (const std::string& cle : clesSelectionnees(database, data::kSSIADELEMGEST, deLAide))
+        if (cle.size() == kLongueurRecherche && base::Mid(cle, 6, 5) == codeAide && !voulues.count(cle))
+            gestion->Delete(cle);
+    for (const auto& [cle, secteur] : voulues) {
+        mvdb::DynamicRecord enreg;
+        const bool existe = data::LireEnregistrement(*gestion, enreg, cle);
+        if (existe && enreg(data::elemgest::kSecteur) == secteur) continue;
+        // A record read keeps the attributes that belong to other programs.
+        enreg = existe ? gestion->Read(cle) : gestion->New(cle);
+        enreg.set(data::elemgest::kSecteur, secteur);
+        enreg.DBWrite();
+    }
 }
 
 std::vector<std::string> valeurs(const mvdb::DynamicRecord& enreg, int attribut) {

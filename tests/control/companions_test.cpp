@@ -12,6 +12,7 @@
 #include "companions/frm_ssiad_caract_tournee.h"
 #include "companions/regles_service.h"
 #include "support/small_service.h"
+#include "toolkit/host.h"
 
 namespace {
 
@@ -479,6 +480,132 @@ TEST(Frm_ElemGestSSIAD, ANewElementTakesTheAidesNextElementCode) {
     EXPECT_EQ(e.refus([&] { return g.Cmd_Enregistrer_Click(); }), "");
     EXPECT_EQ(g.cleCourante(), "00012000002");
     EXPECT_EQ(mvdb::DynamicRecord(e.enreg("SSIADELEMGEST", "00012000002"))(23), "N1");
+}
+
+TEST(Frm_ElemGestSSIAD, ANewElementSkipsTheAssignmentLookUpsOfItsAide) {
+    Ecran e;
+    e.lookupAffectation("0001200012000000");
+    Frm_ElemGestSSIAD g(e.c);
+    e.brancher(g);
+    g.setCodeAide("00012");
+    g.Demarrer();
+    g.Cmd_Nouveau.fireClick();
+    g.Cbo_Secteur.setText("N1");
+    EXPECT_EQ(e.refus([&] { return g.Cmd_Enregistrer_Click(); }), "");
+    EXPECT_EQ(g.cleCourante(), "00012000002");
+}
+
+// Aidé 00013 waits on Monday 23/11/2026 with no management element; tournée 002 of sector N2 already has
+// a record that day, so the assignment dialog may offer it.
+struct Affectation : testing_support::SmallService {
+    Affectation() {
+        f.service.put("SSIADCARACTTOURNEE", "002",
+                      {"LUNDI NORD", "0", "6", "00", "14", "00", "I", "N2", "", "1"});
+        f.service.put("SSIADTOURNEE",
+                      "0020009921512"
+                      "0700",
+                      {"0730"});
+        f.service.put("CIVILAIDE", "00013", {"", "MARTIN", "Paul"});
+        f.service.put("SSIADACCORDS", "00013001000001", {"21000", "22000", ""});
+        start();
+    }
+    // The element of 00013 made on its screen, in sector `secteur`.
+    void element(const std::string& secteur) {
+        Frm_ElemGestSSIAD g(c);
+        g.setTheDatabase(f.service.db);
+        g.setCodeAide("00013");
+        g.Demarrer();
+        g.Cbo_Secteur.setText(secteur);
+        EXPECT_TRUE(g.Cmd_Enregistrer_Click());
+    }
+    // A protocole of 00013 from 8h00 to 9h00 on Mondays, made on its screen from 23/11/2026.
+    void protocoleSurLEcran() {
+        Frm_ProtocoleSsiad p(c);
+        p.setTheDatabase(f.service.db);
+        p.setCodeAide("00013");
+        p.setDateProtocole("23/11/2026");
+        p.Demarrer();
+        p.Chk_Lundi.setValue(true);
+        p.Txt_Debut.setText("8h");
+        p.Txt_Fin.setText("9h");
+        p.Txt_DureeMn.setText("30");
+        p.Cbo_Soin.setText("S01");
+        p.Cmd_AjouterSoin.fireClick();
+        EXPECT_TRUE(p.Cmd_Enregistrer_Click());
+    }
+    // The tournée that the assignment of 00013's waiting label opens; the boxes shown.
+    std::string affecter() {
+        c.Txt_Date.setText("23/11/2026");
+        c.Cmd_Affichage.fireClick();
+        for (toolkit::Control* etiquette : c.Etq_Aide.elements())
+            if (etiquette->index() > 0 && etiquette->tag().starts_with("00013"))
+                c.IndiceEtqCourante = etiquette->index();
+        c.Mnu_AffectationTournee.fireClick();
+        std::string out = c.Txt_CodeTournee.text();
+        for (const auto& b : f.host.takeShown())
+            out += " / " + b.text;
+        return out;
+    }
+    std::string lookUps() {
+        return ::testing::PrintToString(control::clesSelectionnees(*f.service.db, "SSIADELEMGEST", ""));
+    }
+};
+
+TEST(Frm_ElemGestSSIAD, TheAssignmentDialogFindsTheSectorOfAServiceBuiltOnTheScreens) {
+    struct Cas {
+        const char* nom;
+        std::function<void(Affectation&)> construire;
+        std::string ouverte, cles;
+    } const cas[] = {
+        {"no element: no sector, no tournée",
+         [](Affectation& a) { a.protocole("00013", "0800", "0900", "30"); },
+         " / Pas de tournée définie sur ce jour", "{}"},
+        {"a protocole, then its element on the screen",
+         [](Affectation& a) {
+             a.protocole("00013", "0800", "0900", "30");
+             a.element("N2");
+         },
+         "002", "{ \"00013000001\", \"0001300013000000\" }"},
+        {"an element on the screen, then a protocole on its own",
+         [](Affectation& a) {
+             a.element("N2");
+             a.protocoleSurLEcran();
+         },
+         "002", "{ \"00013000001\", \"0001300013120000\" }"},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        Affectation a;
+        k.construire(a);
+        EXPECT_EQ(a.lookUps(), k.cles);
+        EXPECT_EQ(a.affecter(), k.ouverte);
+    }
+}
+
+TEST(Frm_ElemGestSSIAD, TheAssignmentLookUpFollowsTheSectorAndGoesWithTheLastProtocole) {
+    Affectation a;
+    a.protocole("00013", "0800", "0900", "30");
+    a.element("N1");
+    mvdb::DynamicRecord lookUp(*a.f.service.db->store().read("SSIADELEMGEST", "0001300013000000"));
+    EXPECT_EQ(lookUp(23), "N1");
+    Frm_ElemGestSSIAD g(a.c);
+    g.setTheDatabase(a.f.service.db);
+    g.setCodeAide("00013");
+    g.Demarrer();
+    g.Cbo_Secteur.setText("N2");
+    EXPECT_TRUE(g.Cmd_Enregistrer_Click());
+    lookUp = mvdb::DynamicRecord(*a.f.service.db->store().read("SSIADELEMGEST", "0001300013000000"));
+    EXPECT_EQ(lookUp(23), "N2");
+
+    Frm_ProtocoleSsiad p(a.c);
+    p.setTheDatabase(a.f.service.db);
+    p.setCodeAide("00013");
+    p.setDateProtocole("23/11/2026");
+    p.Demarrer();
+    ASSERT_EQ(p.cleCourante(), "000132100000000110800");
+    a.f.host.queueAnswer(toolkit::msgbox::kYes);
+    EXPECT_TRUE(p.Cmd_Supprimer_Click());
+    EXPECT_EQ(a.lookUps(), "{ \"00013000001\" }");
 }
 
 // ---- Protocoles.

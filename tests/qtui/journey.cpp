@@ -50,8 +50,9 @@ void Journey::SetUp() {
     std::filesystem::remove_all(m_folder);
     std::filesystem::create_directories(m_folder);
     m_path = (m_folder / "service.db").string();
-    std::filesystem::copy_file(templatePath(), m_path);
-    m_db = app::openDatabase(m_path, mvdb::OpenMode::ExistingOnly, m_clock);
+    if (!startsEmpty()) std::filesystem::copy_file(templatePath(), m_path);
+    m_db = app::openDatabase(
+        m_path, startsEmpty() ? mvdb::OpenMode::CreateIfMissing : mvdb::OpenMode::ExistingOnly, m_clock);
 
     m_guard = std::make_unique<qtui::TransactionGuard>([this] { return m_db->store().openTransaction(); });
     m_guard->setOnBreach([this](const std::string& where, const std::string& what) {

@@ -39,6 +39,8 @@ protected:
     static void SetUpTestSuite();
     void SetUp() override;
     void TearDown() override;
+    // Whether the journey starts on a database without any record instead of the demo service.
+    virtual bool startsEmpty() const { return false; }
 
     // The widget that shows a control of the planning screen, or of the modal form on top.
     QWidget* widgetOf(const toolkit::Control& control) const;

@@ -586,3 +586,147 @@ TEST_F(JourneyDay, JourneyAMoveUndoneAndRedoneFromTheKeyboard) {
 
 }  // namespace
 }  // namespace journey
+
+namespace journey {
+namespace {
+
+// A service set up from nothing in the real window, through the menu Service: two soins, three aidés, a
+// Monday morning tournée of type M in sector N1, an element of that sector, an accord and a Monday
+// protocole for each aidé, with a refusal answered on the way; the tournée then shows the three aidés'
+// interventions waiting on Monday 30/11/2026.
+class JourneyFromEmpty : public Journey {
+protected:
+    bool startsEmpty() const override { return true; }
+
+    // Text typed into the edit line of a combo box, as the keyboard sends it.
+    void typeIntoCombo(const toolkit::Control& combo, const QString& text) {
+        auto* w = widget<QComboBox>(combo);
+        ASSERT_TRUE(w && w->lineEdit()) << combo.name();
+        QTest::mouseClick(w->lineEdit(), Qt::LeftButton);
+        for (QChar c : text) {
+            QTest::keyClick(w->lineEdit(), c.toLatin1());
+            QTest::qWait(20);
+        }
+    }
+    // The screen of the menu Service's entry: `act` plays in it, then Fermer.
+    template <typename Ecran>
+    void service(const QString& entry, std::function<void(Ecran&)> act) {
+        inDialog([this, act](qtui::FormView& view) {
+            auto& form = static_cast<Ecran&>(view.form());
+            EXPECT_EQ(overflow(view), "") << form.name();
+            act(form);
+            clickOn(form.Cmd_Fermer);
+        });
+        QAction* action = menuAction("Service", entry);
+        ASSERT_NE(action, nullptr) << entry.toStdString();
+        action->trigger();
+        ASSERT_TRUE(waitFor([&] { return answersUsed(); })) << entry.toStdString();
+    }
+    // Each aidé as its lists show it.
+    const QStringList m_aides = {"00001 DUPONT Marie", "00002 MARTIN Paul", "00003 PETIT Lucie"};
+};
+
+TEST_F(JourneyFromEmpty, JourneyAServiceSetUpFromNothingThroughTheMenuService) {
+    QString refus;
+    service<control::Frm_Soins>("Soins", [&](control::Frm_Soins& form) {
+        answerBox("OK", &refus);
+        clickOn(form.Cmd_Enregistrer);
+        typeInto(form.Txt_Libelle, "Toilette");
+        clickOn(form.Cmd_Enregistrer);
+        clickOn(form.Cmd_Nouveau);
+        typeInto(form.Txt_Libelle, "Pansement");
+        clickOn(form.Chk_ActeInfirmier);
+        clickOn(form.Cmd_Enregistrer);
+    });
+    EXPECT_EQ(refus.toStdString(), "« Libellé » : à remplir.");
+    EXPECT_EQ(elsewhere("SSIADSOINS", "0 1 5", "SELECT SSIADSOINS PAR 0"),
+              "01\tToilette\t\n02\tPansement\tO\n");
+
+    service<control::Frm_DossierAide>("Aidés", [&](control::Frm_DossierAide& form) {
+        for (const QString& aide : m_aides) {
+            clickOn(form.Cmd_Nouveau);
+            typeInto(form.Txt_Nom, aide.section(' ', 1, 1));
+            typeInto(form.Txt_Prenom, aide.section(' ', 2, 2));
+            clickOn(form.Cmd_Enregistrer);
+        }
+    });
+
+    service<control::Frm_SsiadCaractTournee>("Tournées", [&](control::Frm_SsiadCaractTournee& form) {
+        EXPECT_EQ(form.Txt_Code.text(), "001");
+        typeInto(form.Txt_Libelle, "Matin nord");
+        chooseIn(form.Cbo_Jour, "Lundi");
+        typeInto(form.Txt_Debut, "7h00");
+        typeInto(form.Txt_Fin, "12h00");
+        chooseIn(form.Cbo_Type, "M mixte");
+        typeIntoCombo(form.Cbo_Secteur, "N1");
+        clickOn(form.Cmd_AjouterSecteur);
+        clickOn(form.Cmd_Enregistrer);
+    });
+    EXPECT_EQ(elsewhere("SSIADCARACTTOURNEE", "0 1 2 7 8", "SELECT SSIADCARACTTOURNEE PAR 0"),
+              "001\tMATIN NORD\t0\tM\tN1\n");
+
+    service<control::Frm_ElemGestSSIAD>("Éléments de gestion", [&](control::Frm_ElemGestSSIAD& form) {
+        for (const QString& aide : m_aides) {
+            clickOn(form.Cmd_Nouveau);
+            chooseIn(form.Cbo_Aide, aide);
+            chooseIn(form.Cbo_Secteur, "N1");
+            clickOn(form.Cmd_Enregistrer);
+        }
+    });
+
+    service<control::Frm_Accords>("Accords", [&](control::Frm_Accords& form) {
+        for (const QString& aide : m_aides) {
+            clickOn(form.Cmd_Nouveau);
+            chooseIn(form.Cbo_Aide, aide);
+            typeInto(form.Txt_PremierJour, "01/11/2026");
+            typeInto(form.Txt_DernierJour, "31/12/2027");
+            clickOn(form.Cmd_Enregistrer);
+        }
+    });
+    EXPECT_EQ(elsewhere("SSIADACCORDS", "0 1 2", "SELECT SSIADACCORDS PAR 0"),
+              "00001001000001\t21490\t21915\n00002001000001\t21490\t21915\n00003001000001\t21490\t21915\n");
+
+    service<control::Frm_ProtocoleSsiad>("Protocoles", [&](control::Frm_ProtocoleSsiad& form) {
+        const char* const fenetres[][4] = {{"8h00", "9h00", "30", "01 Toilette"},
+                                           {"9h00", "10h30", "45", "02 Pansement"},
+                                           {"10h00", "11h30", "60", "01 Toilette"}};
+        for (int i = 0; i < 3; ++i) {
+            clickOn(form.Cmd_Nouveau);
+            chooseIn(form.Cbo_Aide, m_aides[i]);
+            clickOn(form.Chk_Lundi);
+            typeInto(form.Txt_Debut, fenetres[i][0]);
+            typeInto(form.Txt_Fin, fenetres[i][1]);
+            typeInto(form.Txt_DureeMn, fenetres[i][2]);
+            chooseIn(form.Cbo_Soin, fenetres[i][3]);
+            clickOn(form.Cmd_AjouterSoin);
+            typeInto(form.Txt_PremierJour, "01/11/2026");
+            clickOn(form.Cmd_Enregistrer);
+        }
+        // The last one found again by a search and its row.
+        typeInto(form.Txt_Recherche, "petit");
+        auto* list = widget<QListWidget>(form.Lst_Elements);
+        ASSERT_EQ(list->count(), 1);
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(0)).center());
+        EXPECT_EQ(form.cleCourante(), "000032149000000111000");
+        EXPECT_TRUE(widget<QCheckBox>(form.Chk_Lundi)->isChecked());
+        EXPECT_FALSE(widget<QCheckBox>(form.Chk_Mardi)->isChecked());
+    });
+    EXPECT_EQ(elsewhere("SSIADPROTOCOLE", "0", "SELECT SSIADPROTOCOLE PAR 0"),
+              "000012149000000110800\n000022149000000110900\n000032149000000111000\n");
+
+    // The only tournée is the planning screen's at once.
+    EXPECT_EQ(m_ctl->Txt_CodeTournee.text(), "001");
+    chooseIn(m_ctl->Cbo_Date, "30/11/2026");
+    clickOn(m_ctl->Cmd_Affichage);
+    ASSERT_TRUE(m_ctl->JourneeAffichee);
+    std::vector<std::string> attente;
+    for (std::int64_t i = 1; i <= m_ctl->TabTempoAide->DCount(); ++i) {
+        const toolkit::Label& etiquette = m_ctl->Etq_Aide(std::stoi(m_ctl->TabTempoAide(i, 1)));
+        EXPECT_TRUE(widgetOf(etiquette) && widgetOf(etiquette)->isVisible()) << etiquette.caption();
+        attente.push_back(etiquette.tag().substr(0, 5) + " " + m_ctl->TabTempoAide(i, 7));
+    }
+    EXPECT_EQ(attente, (std::vector<std::string>{"00001 A", "00002 I", "00003 A"}));
+}
+
+}  // namespace
+}  // namespace journey

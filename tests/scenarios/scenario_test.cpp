@@ -3,6 +3,7 @@
 //
 // A scenario is a script for the runner, with lines for this harness:
 //   #! demo today=23/11/2026 [aides=40] [seed=1] [history=60]   the service to play on (a fresh database)
+//   #! empty                                                     a fresh database with no record at all
 //   #! load FILE                                                 records to load, from this folder
 //   #! exit N                                                    the runner's expected exit code (0 by
 //   default)
@@ -99,6 +100,8 @@ void prepare(const Scenario& s, const fs::path& folder, const std::string& db) {
                                std::stoi(option(d, "aides", "40")), std::stoi(option(d, "history", "60")),
                                static_cast<unsigned>(std::stoul(option(d, "seed", "1")))};
             app::writeDemoService(*database, o);
+        } else if (d == "empty") {
+            // The database was just made: nothing to add.
         } else if (d.rfind("load ", 0) == 0) {
             std::ifstream in(folder / trim(d.substr(5)));
             ASSERT_TRUE(in) << "cannot read " << d;
