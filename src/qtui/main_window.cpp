@@ -162,7 +162,12 @@ bool MainWindow::openMenuOfKey(QWidget* widget, const QKeyEvent& key) {
     if (!menu || QApplication::activeModalWidget() || QApplication::activePopupWidget() ||
         !ownsWindowOf(widget))
         return false;
-    if (!isActiveWindow()) activateWindow();
+    if (!isActiveWindow()) {
+        // At once, not when the window system answers: the bar keeps the widget that has the focus now,
+        // to give it back when Escape leaves the menus, and an inactive window has none.
+        activateWindow();
+        QApplication::setActiveWindow(this);
+    }
     menuBar()->setActiveAction(menu);
     // As Qt's own Alt key does: the first entry is lit, for the arrows and Enter.
     for (QAction* entry : menu->menu()->actions()) {
