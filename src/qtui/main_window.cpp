@@ -164,7 +164,9 @@ bool MainWindow::openMenuOfKey(QWidget* widget, const QKeyEvent& key) {
         return false;
     if (!isActiveWindow()) {
         // At once, not when the window system answers: the bar keeps the widget that has the focus now,
-        // to give it back when Escape leaves the menus, and an inactive window has none.
+        // to give it back when Escape leaves the menus, and an inactive window has none. Raised too, so
+        // that the menu hangs from a bar in sight, not over the week window.
+        raise();
         activateWindow();
         QApplication::setActiveWindow(this);
     }
