@@ -7,11 +7,31 @@
 #include <QMenuBar>
 #include <QTimer>
 
+#include "base/text.h"
 #include "qtui/week_window.h"
 #include "shell/ctr_zandorel.h"
 #include "toolkit/input.h"
 
 namespace qtui {
+namespace {
+
+// The letter a character stands for when it opens a menu, accents aside: the "É" of "Édition" is
+// reached by Alt+E as well as by Alt+É.
+std::string menuLetter(QChar c) {
+    return c.isLetterOrNumber() ? base::searchKey(QString(c).toStdString()) : std::string();
+}
+
+// The character that "&" underlines in a menu's title ("&&" is a plain "&"); null when none is.
+QChar underlined(const QString& title) {
+    for (qsizetype i = 0; i + 1 < title.size(); ++i) {
+        if (title[i] != '&') continue;
+        if (title[i + 1] != '&') return title[i + 1];
+        ++i;
+    }
+    return {};
+}
+
+}  // namespace
 
 MainWindow::MainWindow(control::Ctr_Zandorel& ctl, QtHost& host, Zoom zoom) : m_ctl(ctl), m_host(host) {
     setWindowTitle("Gestion des tournées SSIAD");
@@ -53,7 +73,7 @@ MainWindow::MainWindow(control::Ctr_Zandorel& ctl, QtHost& host, Zoom zoom) : m_
         connect(service->addAction(texte), &QAction::triggered, this,
                 [this, type = type] { m_view->forward([this, type] { m_ctl.ouvrirEcranService(type); }); });
     }
-    QMenu* help = menuBar()->addMenu(QString::fromStdString(ctl.Mnu_Aide.caption()));
+    QMenu* help = menuBar()->addMenu(withFreeLetter(QString::fromStdString(ctl.Mnu_Aide.caption())));
     QAction* contents = help->addAction(QString::fromStdString(ctl.Mnu_Sommaire.caption()));
     connect(contents, &QAction::triggered, this,
             [this] { m_view->forward([this] { m_ctl.Mnu_Sommaire.fireClick(); }); });
@@ -91,7 +111,8 @@ void MainWindow::addEditMenu() {
     connect(edit, &QMenu::aboutToShow, this, [this] { updateEditActions(); });
     updateEditActions();
     // The boxes of the screen take Ctrl+Z for their own text; while a move can be undone or redone, the
-    // keys are the window's, whichever control has the focus.
+    // keys are the window's, whichever control has the focus. The filter also takes the Alt keys of the
+    // menus that Qt leaves to the boxes.
     qApp->installEventFilter(this);
 }
 
@@ -100,10 +121,72 @@ void MainWindow::updateEditActions() {
     m_redo->setEnabled(m_ctl.peutRetablir());
 }
 
+QString MainWindow::withFreeLetter(const QString& title) const {
+    std::vector<std::string> taken;
+    for (const QAction* menu : menuBar()->actions())
+        taken.push_back(menuLetter(underlined(menu->text())));
+    for (qsizetype i = 0; i < title.size(); ++i) {
+        const std::string letter = menuLetter(title[i]);
+        if (!letter.empty() && std::find(taken.begin(), taken.end(), letter) == taken.end())
+            return QString(title).insert(i, '&');
+    }
+    return title;
+}
+
+QAction* MainWindow::menuOfKey(const QKeyEvent& key) const {
+    if (key.modifiers() != Qt::AltModifier || key.key() <= 0 || key.key() > 0xFFFF) return nullptr;
+    const std::string letter = menuLetter(QChar(key.key()));
+    if (letter.empty()) return nullptr;
+    for (QAction* menu : menuBar()->actions()) {
+        if (menu->menu() && menu->isEnabled() && menu->isVisible() &&
+            menuLetter(underlined(menu->text())) == letter)
+            return menu;
+    }
+    return nullptr;
+}
+
+bool MainWindow::ownsWindowOf(const QWidget* widget) const {
+    for (const QWidget* w = widget->window(); w;
+         w = w->parentWidget() ? w->parentWidget()->window() : nullptr) {
+        if (w == this) return true;
+    }
+    return false;
+}
+
+bool MainWindow::openMenuOfKey(QWidget* widget, const QKeyEvent& key) {
+    // Qt opens a menu by its Alt key only while this window is the active one, and only for the very
+    // character underlined. The key comes to a box instead when the window is not active (a desktop
+    // without window manager never makes it so), when it is typed in the week window, or when it is the
+    // letter without its accent. A modal window keeps the menus behind it closed, as Qt does.
+    QAction* menu = menuOfKey(key);
+    if (!menu || QApplication::activeModalWidget() || QApplication::activePopupWidget() ||
+        !ownsWindowOf(widget))
+        return false;
+    if (!isActiveWindow()) {
+        // At once, not when the window system answers: the bar keeps the widget that has the focus now,
+        // to give it back when Escape leaves the menus, and an inactive window has none. Raised too, so
+        // that the menu hangs from a bar in sight, not over the week window.
+        raise();
+        activateWindow();
+        QApplication::setActiveWindow(this);
+    }
+    menuBar()->setActiveAction(menu);
+    // As Qt's own Alt key does: the first entry is lit, for the arrows and Enter.
+    for (QAction* entry : menu->menu()->actions()) {
+        if (entry->isEnabled() && entry->isVisible() && !entry->isSeparator()) {
+            menu->menu()->setActiveAction(entry);
+            break;
+        }
+    }
+    return true;
+}
+
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() != QEvent::ShortcutOverride) return false;
     auto* widget = qobject_cast<QWidget*>(watched);
-    if (!widget || (widget != m_view && !m_view->isAncestorOf(widget))) return false;
+    if (!widget) return false;
+    if (event->type() == QEvent::KeyPress) return openMenuOfKey(widget, *static_cast<QKeyEvent*>(event));
+    if (event->type() != QEvent::ShortcutOverride) return false;
+    if (widget != m_view && !m_view->isAncestorOf(widget)) return false;
     const auto* key = static_cast<QKeyEvent*>(event);
     const QKeySequence pressed(key->keyCombination());
     for (const QAction* action : {m_undo, m_redo}) {

@@ -7,6 +7,8 @@
 #include "qtui/form_view.h"
 #include "qtui/qt_host.h"
 
+class QKeyEvent;
+
 namespace control {
 class Ctr_Zandorel;
 }
@@ -34,6 +36,16 @@ private:
     // The "Édition" menu: undo and redo of moves, enabled only when the screen has one to undo or redo.
     void addEditMenu();
     void updateEditActions();
+    // The title with "&" before its first letter that no menu of the bar underlines yet, for its Alt key.
+    QString withFreeLetter(const QString& title) const;
+    // The menu of the bar whose underlined letter, accents aside, is the key held with Alt alone; null
+    // for any other key.
+    QAction* menuOfKey(const QKeyEvent& key) const;
+    // True for the widgets of this window and of the windows it owns (the week window).
+    bool ownsWindowOf(const QWidget* widget) const;
+    // Opens the menu of an Alt key that reached a widget of this window or of a window it owns; false,
+    // the key left alone, when no menu has that letter or a modal window or a menu is open.
+    bool openMenuOfKey(QWidget* widget, const QKeyEvent& key);
 
     control::Ctr_Zandorel& m_ctl;
     QtHost& m_host;

@@ -32,6 +32,12 @@ int shiftOf(const QInputEvent* e) {
     return shift;
 }
 
+// Qt's line edit types a letter held with Alt (it refuses only Ctrl's): with Alt held the key is a command,
+// never text, and the letter would reach the box behind the model's back.
+bool isLetterWithAlt(const QKeyEvent* e) {
+    return (e->modifiers() & Qt::AltModifier) && !e->text().isEmpty() && e->text().at(0).isPrint();
+}
+
 }  // namespace
 
 bool forwardKey(FormView& view, toolkit::Control& control, QKeyEvent* e) {
@@ -201,6 +207,7 @@ void TextBoxWidget::tellCaret() {
 void TextBoxWidget::keyPressEvent(QKeyEvent* e) {
     tellCaret();
     if (forwardKey(m_view, m_control, e)) return;
+    if (isLetterWithAlt(e)) return e->ignore();
     // Moving the caret and selecting stay Qt's; nothing else edits the box behind the model's back.
     if (e->matches(QKeySequence::Paste) || e->matches(QKeySequence::Cut) || e->matches(QKeySequence::Undo))
         return;
@@ -285,7 +292,7 @@ bool ComboWidget::eventFilter(QObject* watched, QEvent* event) {
     if (watched == lineEdit() && event->type() == QEvent::KeyPress) {
         auto* key = static_cast<QKeyEvent*>(event);
         if (key->key() == Qt::Key_Up || key->key() == Qt::Key_Down || key->key() == Qt::Key_F4) return false;
-        if (forwardKey(m_view, m_control, key)) return true;
+        if (forwardKey(m_view, m_control, key) || isLetterWithAlt(key)) return true;
         return key->matches(QKeySequence::Paste) || key->matches(QKeySequence::Cut);
     }
     return QComboBox::eventFilter(watched, event);

@@ -4,10 +4,12 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDateEdit>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
@@ -23,6 +25,7 @@
 #include "companions/frm_soins.h"
 #include "companions/frm_ssiad_caract_tournee.h"
 #include "mvdb/store.h"
+#include "qtui/week_window.h"
 
 namespace journey {
 namespace {
@@ -582,6 +585,110 @@ TEST_F(JourneyDay, JourneyAMoveUndoneAndRedoneFromTheKeyboard) {
     EXPECT_TRUE(undo->isEnabled());
     EXPECT_FALSE(redo->isEnabled());
     EXPECT_TRUE(answersUsed());
+}
+
+// The menus of the bar by their Alt keys, typed into a box of the screens.
+class JourneyAltKeys : public JourneyDay {
+protected:
+    // The title of the menu that the next pop-up is, kept once it has come; it is closed with Escape.
+    std::shared_ptr<QString> nextMenu() {
+        auto title = std::make_shared<QString>();
+        whenModal([title](QWidget* popup) {
+            auto* menu = qobject_cast<QMenu*>(popup);
+            ASSERT_NE(menu, nullptr) << "a menu was expected, not " << popup->metaObject()->className();
+            *title = menu->title().remove('&');
+            QTest::keyClick(menu, Qt::Key_Escape);
+            // The same menu comes again on another row.
+            menu->setProperty("journeyAnswered", false);
+        });
+        return title;
+    }
+};
+
+// With the focus in the tournée's code box, the window active or not (a desktop without a window
+// manager never makes it active): each menu opens by its underlined letter, the accent of "É" aside, and
+// no key with Alt or Ctrl held leaves its letter in the box.
+TEST_F(JourneyAltKeys, JourneyEachMenuOpensByItsAltKeyAndTheBoxTakesNoLetter) {
+    struct Row {
+        const char* name;
+        int key;
+        Qt::KeyboardModifiers modifiers;
+        QString menu;  // empty: no menu opens
+    } const rows[] = {
+        {"Alt and a letter no menu underlines", Qt::Key_Z, Qt::AltModifier, ""},
+        {"Ctrl and a menu's letter", Qt::Key_S, Qt::ControlModifier, ""},
+        {"Ctrl, Alt and a menu's letter", Qt::Key_S, Qt::ControlModifier | Qt::AltModifier, ""},
+        {"Alt+S", Qt::Key_S, Qt::AltModifier, "Service"},
+        {"Alt+É", Qt::Key_Eacute, Qt::AltModifier, "Édition"},
+        {"Alt+E, the É without its accent", Qt::Key_E, Qt::AltModifier, "Édition"},
+        {"Alt+A", Qt::Key_A, Qt::AltModifier, "Affichage"},
+        {"Alt+I", Qt::Key_I, Qt::AltModifier, "Aide"},
+    };
+    auto* box = widget<QLineEdit>(m_ctl->Txt_CodeTournee);
+    ASSERT_NE(box, nullptr);
+    for (const bool active : {true, false}) {
+        for (const Row& row : rows) {
+            SCOPED_TRACE(std::string(row.name) + (active ? ", window active" : ", window not active"));
+            clickOn(m_ctl->Txt_CodeTournee);
+            ASSERT_EQ(QApplication::focusWidget(), box);
+            if (!active) QApplication::setActiveWindow(nullptr);
+            std::shared_ptr<QString> opened = row.menu.isEmpty() ? nullptr : nextMenu();
+            QTest::keyClick(box, static_cast<Qt::Key>(row.key), row.modifiers);
+            if (opened) {
+                ASSERT_TRUE(
+                    waitFor([&] { return !opened->isEmpty() && !QApplication::activePopupWidget(); }));
+                EXPECT_EQ(opened->toStdString(), row.menu.toStdString());
+                // A second Escape leaves the bar: the keys go to the box again. (Qt's offscreen platform
+                // does not hand the focus back to a window it never made active, as X does.)
+                if (active) {
+                    ASSERT_NE(QApplication::focusWidget(), nullptr);
+                    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+                    EXPECT_EQ(QApplication::focusWidget(), box);
+                }
+            }
+            QTest::qWait(20);
+            EXPECT_EQ(box->text().toStdString(), "");
+            EXPECT_EQ(m_ctl->Txt_CodeTournee.text(), "");
+        }
+    }
+}
+
+// The week window has no menu of its own: the bar of the screen's window answers its Alt keys.
+TEST_F(JourneyAltKeys, JourneyTheWeekWindowOpensTheMenusOfTheScreen) {
+    menuAction("Affichage", "Semaine")->trigger();
+    qtui::WeekWindow* week = nullptr;
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+        if (!week) week = dynamic_cast<qtui::WeekWindow*>(w);
+    }
+    ASSERT_NE(week, nullptr);
+    QApplication::setActiveWindow(week);
+    auto* date = week->findChild<QDateEdit*>();
+    ASSERT_NE(date, nullptr);
+    const QString shown = date->text();
+    std::shared_ptr<QString> opened = nextMenu();
+    QTest::keyClick(date, Qt::Key_S, Qt::AltModifier);
+    ASSERT_TRUE(waitFor([&] { return !opened->isEmpty(); }));
+    EXPECT_EQ(opened->toStdString(), "Service");
+    EXPECT_EQ(date->text().toStdString(), shown.toStdString());
+}
+
+// A service screen is modal: the menus behind it stay closed, and its boxes take no letter held with Alt.
+TEST_F(JourneyAltKeys, JourneyAServiceScreenTakesNoLetterWithAlt) {
+    inDialog([&](qtui::FormView& view) {
+        auto& form = static_cast<control::Frm_Soins&>(view.form());
+        typeInto(form.Txt_Libelle, "Soin");
+        auto* box = widget<QLineEdit>(form.Txt_Libelle);
+        ASSERT_NE(box, nullptr);
+        for (const Qt::Key key : {Qt::Key_S, Qt::Key_Z}) {
+            QTest::keyClick(box, key, Qt::AltModifier);
+            QTest::qWait(20);
+            EXPECT_EQ(box->text().toStdString(), "Soin");
+            EXPECT_EQ(form.Txt_Libelle.text(), "Soin");
+        }
+        clickOn(form.Cmd_Fermer);
+    });
+    menuAction("Service", "Soins")->trigger();
+    ASSERT_TRUE(waitFor([&] { return answersUsed(); }));
 }
 
 }  // namespace
