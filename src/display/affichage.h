@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "data/record_checks.h"
 #include "mvdb/dynamic_record.h"
@@ -44,12 +45,22 @@ public:
     mvdb::DynamicRecord ResTourneeJour;     // records of the version in force
     std::string DateTourneeInterne;
     int NbLignesDetail = 0;
+    // The protocoles of the aidé that the last RechercheProtocole set aside as faulty, in the order met.
+    std::vector<data::RecordFault> ProtocolesEcartes;
 
 private:
     // The sector filter of a shown tournée: reads SSIADELEMGEST `cleElemGest` and SSIADCARACTTOURNEE of
     // Txt_CodeTournee into their buffers; true when both exist and the aidé's sector (attribute 23) is
     // one of the tournée's (attribute 8).
     bool secteurDeLaTournee(const std::string& cleElemGest);
+    // enregistrementSain for a protocole of RechercheProtocole, which also lists it in ProtocolesEcartes.
+    bool protocoleSain(const std::optional<data::RecordFault>& defaut);
+    // The fault of a record that planned record `CleTournee` depends on left it off the screen: named,
+    // and, when it is a record of the day shown, stored on by a validation of the day.
+    void garderEnregistrement(const std::string& CleTournee, const data::RecordFault& cause);
+    // The first fault among the accords of an aidé for whom the accords of the day gave nothing: a day
+    // that makes no sense can keep an accord out of the day's selection.
+    std::optional<data::RecordFault> accordIncoherent(const std::string& CodeAide);
 
     Ctr_Zandorel& m_c;
 };

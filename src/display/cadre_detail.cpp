@@ -29,6 +29,10 @@ constexpr int kFinPrevue = 2;
 constexpr int kCleProtocole = 3;
 
 // Columns of the accords' reply, listed by "0 1 2 3".
+constexpr int kCleAccord = 1;
+constexpr int kPremierJourAccord = 2;
+constexpr int kDernierJourAccord = 3;
+
 // A protocole row this far from the planned start, or further, is never the nearest.
 constexpr double kEcartMaximal = 999;
 
@@ -262,6 +266,30 @@ void Affichage::CadreDetailAvecTournee() {
     }
 }
 
+void Affichage::garderEnregistrement(const std::string& CleTournee, const data::RecordFault& cause) {
+    Ctr_Zandorel& c = m_c;
+    // A record of an older version is no record of this day: a validation leaves it where it is.
+    if (data::tournee::jourInterne(CleTournee) != c.ObjetConversion.DateInterne(c.DateAffichee)) {
+        c.defautsLus.add(cause);
+        return;
+    }
+    c.defautsLus.addKept(CleTournee, cause);
+    c.m_sauvegarde.garderEnregistrement(CleTournee);
+}
+
+std::optional<data::RecordFault> Affichage::accordIncoherent(const std::string& CodeAide) {
+    Ctr_Zandorel& c = m_c;
+    const mvdb::DynamicRecord accords =
+        data::Interroger(c.database(), "SELECT SSIADACCORDS AVEC CodeAide = " + entreGuillemets(CodeAide),
+                         data::kSSIADACCORDS, "0 1 2");
+    for (std::int64_t i = 1; i <= accords.DCount(); ++i) {
+        if (auto defaut = data::checkAccordDays(accords(i, kCleAccord), accords(i, kPremierJourAccord),
+                                                accords(i, kDernierJourAccord)))
+            return defaut;
+    }
+    return std::nullopt;
+}
+
 void Affichage::CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
                             const std::string& CleElement) {
     Ctr_Zandorel& c = m_c;
@@ -277,16 +305,32 @@ void Affichage::CadreDetail(const std::string& CodeAide, const std::string& CleT
         "SELECT SSIADACCORDS AVEC CodeAide =" + entreGuillemets(CodeAide) +
             " AND AVEC 1 <= " + entreGuillemets(jour) + " AND AVEC 2 >= " + entreGuillemets(jour),
         data::kSSIADACCORDS, "0 1 2 3");
-    if (accords(1).empty() || !data::PeriodeActive(c.database(), accords, 1)) return;
+    if (accords(1).empty()) {
+        if (const auto defaut = accordIncoherent(CodeAide)) garderEnregistrement(CleTournee, *defaut);
+        return;
+    }
+    if (const auto defaut = data::checkAccordDays(accords(1, kCleAccord), accords(1, kPremierJourAccord),
+                                                  accords(1, kDernierJourAccord)))
+        return garderEnregistrement(CleTournee, *defaut);
+    if (!data::PeriodeActive(c.database(), accords, 1)) return;
 
-    // 3. The aidé's records of the half-day in the other tournées.
+    // 3. The aidé's records of the half-day in the other tournées. From here a record that finds no row
+    // while a protocole of its aidé was set aside as faulty may have lost its row to that fault: it is
+    // kept rather than deleted by the next validation.
     RechercheProtocole(CodeAide);
-    if (c.TabProtocole->text().empty()) return;
+    auto laisse = [&] {
+        if (!ProtocolesEcartes.empty()) garderEnregistrement(CleTournee, ProtocolesEcartes.front());
+    };
+    if (c.TabProtocole->text().empty()) return laisse();
     RechercheInterventionsValidees(CodeAide, true, 1);
     if (!data::LireEnregistrement(*f.SSIADTOURNEE, f.EnregSSIADTOURNEE, CleTournee)) return;
     const Enregistrement planifie{data::tournee::heureDebut(CleTournee),
                                   f.EnregSSIADTOURNEE(data::tournee::kHeureFin),
                                   f.EnregSSIADTOURNEE(data::tournee::kCleProtocole)};
+    // Its own protocole set aside: fitted to another one, it would be stored under that one's key.
+    for (const data::RecordFault& defaut : ProtocolesEcartes) {
+        if (defaut.key == planifie.cleProtocole) return garderEnregistrement(CleTournee, defaut);
+    }
 
     // 4, 5. Nothing planned elsewhere: the record keeps its row whatever it finds.
     const std::int64_t n = lignesValidees(c.TabValidees);
@@ -298,15 +342,15 @@ void Affichage::CadreDetail(const std::string& CodeAide, const std::string& CleT
         const std::int64_t m = placesRequises(c.TabProtocole);
         if ((c.TabValidees(1, ColV::CleProtocole) == c.TabProtocole(1, ColP::CleProtocole) && n == m) ||
             n > m)
-            return;
+            return laisse();
         compterPlaces(c.TabProtocole, c.TabValidees, n);
         k = ligneDuProtocole(c.TabProtocole, planifie, Places::Libres);
-        if (!k) return;
+        if (!k) return laisse();
     }
 
     // A record that fits no protocole within 999 hundredths falls on row 0, which reads as an empty row
     // with an empty key: such a row gets no label, so it is not made at all, and no anomaly comes of it.
-    if (*k == 0) return;
+    if (*k == 0) return laisse();
 
     // 7. Only records of the shown date are deleted by the commit.
     ++NbLignesDetail;

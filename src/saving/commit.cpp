@@ -100,10 +100,12 @@ std::optional<std::string> Sauvegarde::remplacerTournee(const std::string& jour,
         if (m_versionAffichee && stockee != *m_versionAffichee) return stockee;
         // What another planner saved of this tournée and day goes too, once the user agreed: the loaded
         // keys alone would leave their records beside these, and the last save must win whole. Records
-        // that make no sense were never shown: they stay for whoever wrote them to mend.
+        // that make no sense were never shown: they stay for whoever wrote them to mend. So do those the
+        // display left off for the fault of a record they depend on: the planner never saw them, and a
+        // deleted one would be a visit lost.
         for (std::int64_t i = 1; i <= enregistrees.DCount(); ++i) {
-            if (!data::checkPlanned(enregistrees(i, 1), enregistrees(i, 2)))
-                f.SSIADTOURNEE->Delete(enregistrees(i, 1));
+            const std::string cle = enregistrees(i, 1);
+            if (!data::checkPlanned(cle, enregistrees(i, 2)) && !estGarde(cle)) f.SSIADTOURNEE->Delete(cle);
         }
         if (!c.TabTourneeEnregistree->text().empty()) {
             for (std::int64_t i = 1; i <= c.TabTourneeEnregistree->DCount(); ++i) {
@@ -116,6 +118,12 @@ std::optional<std::string> Sauvegarde::remplacerTournee(const std::string& jour,
             const double dureeMn = base::toNumber(c.TabTempoDetail(i, model::col::DureeMn));
             const std::string cle =
                 data::tournee::cle(c.Txt_CodeTournee.text(), base::Left(cleProtocole, 5), jour, debut);
+            if (estGarde(cle)) {
+                throw base::Error(base::codes::kBadData,
+                                  std::string(data::kSSIADTOURNEE) + " « " + cle +
+                                      " » : une intervention planifiée non affichée, gardée telle quelle, a "
+                                      "déjà ce début");
+            }
             f.EnregSSIADTOURNEE = f.SSIADTOURNEE->New(cle);
             f.EnregSSIADTOURNEE.set(data::tournee::kHeureFin, affectation ? finAffectation(debut, dureeMn)
                                                                           : finOrdinaire(debut, dureeMn));
@@ -141,6 +149,15 @@ std::string Sauvegarde::versionStockee(const std::string& codeTournee, const std
 
 void Sauvegarde::retenirVersionAffichee(const std::string& codeTournee, const std::string& jour) {
     m_versionAffichee = versionStockee(codeTournee, jour);
+    m_gardes.clear();
+}
+
+void Sauvegarde::garderEnregistrement(const std::string& cle) {
+    if (!estGarde(cle)) m_gardes.push_back(cle);
+}
+
+bool Sauvegarde::estGarde(const std::string& cle) const {
+    return std::find(m_gardes.begin(), m_gardes.end(), cle) != m_gardes.end();
 }
 
 void Sauvegarde::reafficherVersionStockee() {
@@ -229,7 +246,7 @@ void Sauvegarde::Cmd_Ok_Click() {
     }
     if (!c.ValidationAnomalies) return;
     const Historique::Oubli oubli(c.historique);
-    m_versionAffichee.reset();
+    oublierVersionAffichee();
     c.TabTourneeEnregistree.release();
 
     if (affectation) {

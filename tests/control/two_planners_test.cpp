@@ -305,6 +305,86 @@ TEST_P(TwoPlanners, OnePlannerAloneIsNeverAsked) {
     EXPECT_EQ(cles(a).size(), 4u);
 }
 
+// A planned intervention left off the screen because a record it depends on is at fault: named once with
+// the fault, and stored on exactly as it was through a validation of its day, on either store.
+using KeptRecords = TwoPlanners;
+
+std::string enregistrement(Poste& p, const std::string& key) {
+    return p.db->store().read("SSIADTOURNEE", key).value_or("(absent)");
+}
+
+TEST_P(KeptRecords, AValidationStoresOnWhatTheDisplayLeftOffForAFaultElsewhere) {
+    const std::string protocole12 = "000122100000000110800";
+    const std::string accord12 = "00012001000001";
+    const std::string garde =
+        "\r\nInterventions planifiées non affichées, gardées telles quelles :\r\n"
+        "SSIADTOURNEE « 00100012215120800 », qui dépend de ";
+    struct Case {
+        const char* name;
+        std::string file, key;
+        std::initializer_list<std::string> attributes;
+        std::string message;  // the one box of the display
+    } cases[] = {
+        {"its protocole lasts -30 minutes",
+         "SSIADPROTOCOLE",
+         protocole12,
+         {"", "0950", "S01", "-30", "1", "21000", ""},
+         "SSIADPROTOCOLE « 000122100000000110800 », attribut 4 (durée) : « -30 » est hors de 1 à 1440 "
+         "minutes" +
+             garde + "SSIADPROTOCOLE « 000122100000000110800 »"},
+        {"its protocole begins on no day",
+         "SSIADPROTOCOLE",
+         protocole12,
+         {"", "0950", "S01", "20", "1", "2100O", ""},
+         "SSIADPROTOCOLE « 000122100000000110800 », attribut 6 (premier jour) : « 2100O » n'est pas un jour "
+         "interne (5 chiffres au plus)" +
+             garde + "SSIADPROTOCOLE « 000122100000000110800 »"},
+        {"its accord ends on no day",
+         "SSIADACCORDS",
+         accord12,
+         {"21000", "2200a", ""},
+         "SSIADACCORDS « 00012001000001 », attribut 2 (dernier jour) : « 2200a » n'est pas un jour interne "
+         "(5 chiffres au plus)" +
+             garde + "SSIADACCORDS « 00012001000001 »"},
+        {"its accord ends on day -1, out of the day's accords",
+         "SSIADACCORDS",
+         accord12,
+         {"21000", "-1", ""},
+         "SSIADACCORDS « 00012001000001 », attribut 2 (dernier jour) : « -1 » n'est pas un jour interne "
+         "(5 chiffres au plus)" +
+             garde + "SSIADACCORDS « 00012001000001 »"},
+    };
+    int n = 0;
+    for (const Case& k : cases) {
+        SCOPED_TRACE(k.name);
+        Service service(GetParam(), "kept" + std::to_string(++n));
+        Poste a(service.address());
+        remplir(a.db->store());
+        put(a.db->store(), k.file, k.key, k.attributes);
+        const std::string avant = enregistrement(a, kAvant12);
+        a.start();
+        a.montrer();
+
+        const auto boites = a.host.takeShown();
+        ASSERT_EQ(boites.size(), 1u);
+        EXPECT_EQ(boites[0].title, "Message KORVELINE");
+        EXPECT_EQ(boites[0].style, msgbox::kExclamation);
+        EXPECT_EQ(boites[0].text, "Enregistrements incohérents, laissés de côté :\r\n" + k.message);
+        EXPECT_EQ(a.debutsAffiches(), (std::vector<std::string>{"00013@0900"}));
+
+        a.deplacer("00013", "930");
+        a.c.Cmd_Ok.fireClick();
+        EXPECT_TRUE(a.host.takeShown().empty());
+        EXPECT_EQ(cles(a), (std::vector<std::string>{kAvant12, kA13}));
+        EXPECT_EQ(enregistrement(a, kAvant12), avant);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Stores, KeptRecords, ::testing::Values(Base::Sqlite, Base::Pg),
+                         [](const ::testing::TestParamInfo<Base>& i) {
+                             return i.param == Base::Pg ? "PostgreSQL" : "SQLite";
+                         });
+
 INSTANTIATE_TEST_SUITE_P(Stores, TwoPlanners, ::testing::Values(Base::Sqlite, Base::Pg),
                          [](const ::testing::TestParamInfo<Base>& i) {
                              return i.param == Base::Pg ? "PostgreSQL" : "SQLite";
