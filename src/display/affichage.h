@@ -36,6 +36,11 @@ public:
     bool accordSain(const mvdb::DynamicRecord& accords, std::int64_t i);
     bool absencesSaines(const std::string& CodeAide);
     void ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse);
+    // Takes out of a reply on SSIADTOURNEE listed "0 1 2" the records whose own protocole, or whose
+    // aidé's accord on their day, is at fault, and names them with that fault.
+    void ecarterInterventionsDependantes(mvdb::DynamicRecord& reponse);
+    // The accords of an aidé on an internal day, listed "0 1 2 3".
+    mvdb::DynamicRecord accordsDeLAide(const std::string& CodeAide, const std::string& jour);
     void signalerDefauts();
 
     mvdb::DynamicRecord ResTournee;         // raw reply of RechercheInterventionsValidees
@@ -58,9 +63,11 @@ private:
     // The fault of a record that planned record `CleTournee` depends on left it off the screen: named,
     // and, when it is a record of the day shown, stored on by a validation of the day.
     void garderEnregistrement(const std::string& CleTournee, const data::RecordFault& cause);
-    // The first fault among the accords of an aidé for whom the accords of the day gave nothing: a day
-    // that makes no sense can keep an accord out of the day's selection.
-    std::optional<data::RecordFault> accordIncoherent(const std::string& CodeAide);
+    // The fault of the first of `accordsDuJour` (a reply of accordsDeLAide); when there is none, the
+    // first fault among all the aidé's accords, since a day that makes no sense can keep an accord out of
+    // the day's selection.
+    std::optional<data::RecordFault> accordIncoherent(const std::string& CodeAide,
+                                                      const mvdb::DynamicRecord& accordsDuJour);
 
     Ctr_Zandorel& m_c;
 };

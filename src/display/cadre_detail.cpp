@@ -277,17 +277,51 @@ void Affichage::garderEnregistrement(const std::string& CleTournee, const data::
     c.m_sauvegarde.garderEnregistrement(CleTournee);
 }
 
-std::optional<data::RecordFault> Affichage::accordIncoherent(const std::string& CodeAide) {
+std::optional<data::RecordFault> Affichage::accordIncoherent(const std::string& CodeAide,
+                                                             const mvdb::DynamicRecord& accordsDuJour) {
     Ctr_Zandorel& c = m_c;
+    auto defautDe = [](const mvdb::DynamicRecord& accords, std::int64_t i) {
+        return data::checkAccordDays(accords(i, kCleAccord), accords(i, kPremierJourAccord),
+                                     accords(i, kDernierJourAccord));
+    };
+    if (!accordsDuJour(1).empty()) return defautDe(accordsDuJour, 1);
     const mvdb::DynamicRecord accords =
         data::Interroger(c.database(), "SELECT SSIADACCORDS AVEC CodeAide = " + entreGuillemets(CodeAide),
                          data::kSSIADACCORDS, "0 1 2");
     for (std::int64_t i = 1; i <= accords.DCount(); ++i) {
-        if (auto defaut = data::checkAccordDays(accords(i, kCleAccord), accords(i, kPremierJourAccord),
-                                                accords(i, kDernierJourAccord)))
-            return defaut;
+        if (auto defaut = defautDe(accords, i)) return defaut;
     }
     return std::nullopt;
+}
+
+mvdb::DynamicRecord Affichage::accordsDeLAide(const std::string& CodeAide, const std::string& jour) {
+    Ctr_Zandorel& c = m_c;
+    // No blank after "=" in this sentence: the server takes it as it is.
+    return data::Interroger(c.database(),
+                            "SELECT SSIADACCORDS AVEC CodeAide =" + entreGuillemets(CodeAide) +
+                                " AND AVEC 1 <= " + entreGuillemets(jour) +
+                                " AND AVEC 2 >= " + entreGuillemets(jour),
+                            data::kSSIADACCORDS, "0 1 2 3");
+}
+
+void Affichage::ecarterInterventionsDependantes(mvdb::DynamicRecord& reponse) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
+    for (std::int64_t i = reponse.DCount(); i >= 1; --i) {
+        const std::string cle = reponse(i, kCleTournee);
+        const std::string cleProtocole = reponse(i, kCleProtocole);
+        mvdb::DynamicRecord protocole;
+        std::optional<data::RecordFault> defaut;
+        if (data::LireEnregistrement(*f.SSIADPROTOCOLE, protocole, cleProtocole))
+            defaut = data::checkRecord(data::kSSIADPROTOCOLE, cleProtocole, protocole);
+        if (!defaut) {
+            const std::string code = data::tournee::codeAide(cle);
+            defaut = accordIncoherent(code, accordsDeLAide(code, data::tournee::jourInterne(cle)));
+        }
+        if (!defaut) continue;
+        c.defautsLus.addKept(cle, *defaut);
+        reponse.Delete(i);
+    }
 }
 
 void Affichage::CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
@@ -299,20 +333,11 @@ void Affichage::CadreDetail(const std::string& CodeAide, const std::string& CleT
     // 1. An aidé who has left the tournée's sectors drops out of the day.
     if (!secteurDeLaTournee(CodeAide + CleElement)) return;
 
-    // 2. No blank after "=" in this sentence: the server takes it as it is.
-    const mvdb::DynamicRecord accords = data::Interroger(
-        c.database(),
-        "SELECT SSIADACCORDS AVEC CodeAide =" + entreGuillemets(CodeAide) +
-            " AND AVEC 1 <= " + entreGuillemets(jour) + " AND AVEC 2 >= " + entreGuillemets(jour),
-        data::kSSIADACCORDS, "0 1 2 3");
-    if (accords(1).empty()) {
-        if (const auto defaut = accordIncoherent(CodeAide)) garderEnregistrement(CleTournee, *defaut);
-        return;
-    }
-    if (const auto defaut = data::checkAccordDays(accords(1, kCleAccord), accords(1, kPremierJourAccord),
-                                                  accords(1, kDernierJourAccord)))
+    // 2.
+    const mvdb::DynamicRecord accords = accordsDeLAide(CodeAide, jour);
+    if (const auto defaut = accordIncoherent(CodeAide, accords))
         return garderEnregistrement(CleTournee, *defaut);
-    if (!data::PeriodeActive(c.database(), accords, 1)) return;
+    if (accords(1).empty() || !data::PeriodeActive(c.database(), accords, 1)) return;
 
     // 3. The aidé's records of the half-day in the other tournées. From here a record that finds no row
     // while a protocole of its aidé was set aside as faulty may have lost its row to that fault: it is
