@@ -17,6 +17,7 @@
 #include "mvdb/store.h"
 #include "shell/ctr_zandorel.h"
 #include "support/pg_service.h"
+#include "toolkit/form.h"
 #include "toolkit/headless_host.h"
 #include "toolkit/host.h"
 #include "toolkit/input.h"
@@ -378,6 +379,38 @@ TEST_P(KeptRecords, AValidationStoresOnWhatTheDisplayLeftOffForAFaultElsewhere) 
         EXPECT_EQ(cles(a), (std::vector<std::string>{kAvant12, kA13}));
         EXPECT_EQ(enregistrement(a, kAvant12), avant);
     }
+}
+
+TEST_P(KeptRecords, ALabelMovedOntoTheKeyOfAKeptRecordIsRefusedAndNothingChanges) {
+    Service service(GetParam(), "keptkey");
+    Poste a(service.address());
+    remplir(a.db->store());
+    // 00012's protocole of 8h00 lasts -30 minutes; his other one, of 9h00, is planned at 9h00.
+    put(a.db->store(), "SSIADPROTOCOLE", "000122100000000110800",
+        {"", "0950", "S01", "-30", "1", "21000", ""});
+    const std::string neuf = "000122100000000110900";
+    put(a.db->store(), "SSIADPROTOCOLE", neuf, {"", "1050", "S01", "20", "1", "21000", ""});
+    put(a.db->store(), "SSIADTOURNEE", "00100012" + std::string(kLundi) + "0900", {"0920", neuf});
+    a.start();
+    a.montrer();
+    a.host.takeShown();
+    const std::vector<std::string> avant = cles(a);
+
+    a.deplacer("00012", "800");  // outside its window: the anomaly list is answered Yes
+    a.host.queueDialog("Frm_Anomalies", [](toolkit::Form& form) { form.find("Cmd_Ok")->fireClick(); });
+    a.c.Cmd_Ok.fireClick();
+
+    const auto boites = a.host.takeShown();
+    ASSERT_EQ(boites.size(), 1u);
+    EXPECT_EQ(boites[0].title, "Message KORVELINE");
+    EXPECT_EQ(
+        boites[0].text,
+        "La tournée n'a pas pu être enregistrée : SSIADTOURNEE « 00100012215120800 » : une intervention "
+        "planifiée non affichée, gardée telle quelle, a déjà ce début\r\nLa tournée enregistrée n'a pas été "
+        "modifiée.");
+    EXPECT_EQ(cles(a), avant);
+    EXPECT_EQ(a.debutsAffiches(), (std::vector<std::string>{"00012@800", "00013@0900"}));
+    EXPECT_FALSE(a.c.ValidationAnomalies);
 }
 
 INSTANTIATE_TEST_SUITE_P(Stores, KeptRecords, ::testing::Values(Base::Sqlite, Base::Pg),
