@@ -61,7 +61,7 @@ private:
     // enregistrementSain for a protocole of RechercheProtocole, which also lists it in ProtocolesEcartes.
     bool protocoleSain(const std::optional<data::RecordFault>& defaut);
     // The fault of a record that planned record `CleTournee` depends on left it off the screen: named,
-    // and, when it is a record of the day shown, stored on by a validation of the day.
+    // and stored on by a validation of the day.
     void garderEnregistrement(const std::string& CleTournee, const data::RecordFault& cause);
     // The fault of the first of `accordsDuJour` (a reply of accordsDeLAide); when there is none, the
     // first fault among all the aidé's accords, since a day that makes no sense can keep an accord out of

@@ -268,11 +268,6 @@ void Affichage::CadreDetailAvecTournee() {
 
 void Affichage::garderEnregistrement(const std::string& CleTournee, const data::RecordFault& cause) {
     Ctr_Zandorel& c = m_c;
-    // A record of an older version is no record of this day: a validation leaves it where it is.
-    if (data::tournee::jourInterne(CleTournee) != c.ObjetConversion.DateInterne(c.DateAffichee)) {
-        c.defautsLus.add(cause);
-        return;
-    }
     c.defautsLus.addKept(CleTournee, cause);
     c.m_sauvegarde.garderEnregistrement(CleTournee);
 }

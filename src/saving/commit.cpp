@@ -107,6 +107,7 @@ std::optional<std::string> Sauvegarde::remplacerTournee(const std::string& jour,
             const std::string cle = enregistrees(i, 1);
             if (!data::checkPlanned(cle, enregistrees(i, 2)) && !estGarde(cle)) f.SSIADTOURNEE->Delete(cle);
         }
+        const std::vector<std::string> gardeesDuJour = clesGardeesDuJour(jour);
         if (!c.TabTourneeEnregistree->text().empty()) {
             for (std::int64_t i = 1; i <= c.TabTourneeEnregistree->DCount(); ++i) {
                 f.SSIADTOURNEE->Delete(c.TabTourneeEnregistree(i, 1));
@@ -118,7 +119,7 @@ std::optional<std::string> Sauvegarde::remplacerTournee(const std::string& jour,
             const double dureeMn = base::toNumber(c.TabTempoDetail(i, model::col::DureeMn));
             const std::string cle =
                 data::tournee::cle(c.Txt_CodeTournee.text(), base::Left(cleProtocole, 5), jour, debut);
-            if (estGarde(cle)) {
+            if (std::find(gardeesDuJour.begin(), gardeesDuJour.end(), cle) != gardeesDuJour.end()) {
                 throw base::Error(base::codes::kBadData,
                                   std::string(data::kSSIADTOURNEE) + " « " + cle +
                                       " » : une intervention planifiée non affichée, gardée telle quelle, a "
@@ -128,6 +129,15 @@ std::optional<std::string> Sauvegarde::remplacerTournee(const std::string& jour,
             f.EnregSSIADTOURNEE.set(data::tournee::kHeureFin, affectation ? finAffectation(debut, dureeMn)
                                                                           : finOrdinaire(debut, dureeMn));
             f.EnregSSIADTOURNEE.set(data::tournee::kCleProtocole, cleProtocole);
+            f.EnregSSIADTOURNEE.DBWrite();
+        }
+        // A kept record of an older version goes on into the day's version as it is stored.
+        for (std::size_t i = 0; i < m_gardes.size(); ++i) {
+            if (gardeesDuJour[i] == m_gardes[i]) continue;
+            mvdb::DynamicRecord garde;
+            if (!data::LireEnregistrement(*f.SSIADTOURNEE, garde, m_gardes[i])) continue;
+            f.EnregSSIADTOURNEE = f.SSIADTOURNEE->New(gardeesDuJour[i]);
+            f.EnregSSIADTOURNEE.setText(garde.text());
             f.EnregSSIADTOURNEE.DBWrite();
         }
         transaction.commit();
@@ -154,6 +164,15 @@ void Sauvegarde::retenirVersionAffichee(const std::string& codeTournee, const st
 
 void Sauvegarde::garderEnregistrement(const std::string& cle) {
     if (!estGarde(cle)) m_gardes.push_back(cle);
+}
+
+std::vector<std::string> Sauvegarde::clesGardeesDuJour(const std::string& jour) const {
+    std::vector<std::string> cles;
+    for (const std::string& cle : m_gardes) {
+        cles.push_back(data::tournee::cle(data::tournee::codeTournee(cle), data::tournee::codeAide(cle), jour,
+                                          data::tournee::heureDebut(cle)));
+    }
+    return cles;
 }
 
 bool Sauvegarde::estGarde(const std::string& cle) const {

@@ -34,9 +34,10 @@ public:
         m_versionAffichee.reset();
         m_gardes.clear();
     }
-    // A stored record of the day on show that the display left off the screen because a record it
-    // depends on is at fault: a validation of the day stores it on as it is, and refuses a label that
-    // would take its key.
+    // A stored record of the version on show that the display left off the screen because a record it
+    // depends on is at fault: a validation of the day stores it on as it is (a record of an older
+    // version, copied to the day with the rest of the version), and refuses a label that would take its
+    // key on the day.
     void garderEnregistrement(const std::string& cle);
 
 private:
@@ -52,11 +53,14 @@ private:
     // as stored, or, during an assignment, the assignment taken back.
     void reafficherVersionStockee();
     bool estGarde(const std::string& cle) const;
+    // The key on `jour` of each kept record.
+    std::vector<std::string> clesGardeesDuJour(const std::string& jour) const;
 
     Ctr_Zandorel& m_c;
     // What the display of the tournée on show read of its day; empty while no tournée is on show.
     std::optional<std::string> m_versionAffichee;
-    // Keys of the records of the day on show that the display left off for a fault of another record.
+    // Keys of the records of the version on show that the display left off for a fault of another
+    // record.
     std::vector<std::string> m_gardes;
 };
 

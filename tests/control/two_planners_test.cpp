@@ -381,6 +381,37 @@ TEST_P(KeptRecords, AValidationStoresOnWhatTheDisplayLeftOffForAFaultElsewhere) 
     }
 }
 
+// A later Monday fits the version of 23/11: its validation writes the day's own version, and the record
+// left off goes into it as it is stored, the version of 23/11 untouched.
+TEST_P(KeptRecords, AValidationOfAFittedDayCarriesOnWhatItLeftOff) {
+    Service service(GetParam(), "keptfit");
+    Poste a(service.address());
+    remplir(a.db->store());
+    put(a.db->store(), "SSIADPROTOCOLE", "000122100000000110800",
+        {"", "0950", "S01", "-30", "1", "21000", ""});
+    const std::string avant12 = enregistrement(a, kAvant12);
+    const std::string avant13 = enregistrement(a, kAvant13);
+    a.start();
+    a.c.Txt_CodeTournee.setText("001");
+    a.c.Cbo_Date.setText("30/11/2026");
+    a.c.Cmd_Affichage.fireClick();
+    const auto boites = a.host.takeShown();
+    ASSERT_EQ(boites.size(), 1u);
+    EXPECT_NE(boites[0].text.find("\r\nSSIADTOURNEE « 00100012215120800 », qui dépend de SSIADPROTOCOLE"),
+              std::string::npos)
+        << boites[0].text;
+
+    a.deplacer("00013", "930");
+    a.c.Cmd_Ok.fireClick();
+    EXPECT_TRUE(a.host.takeShown().empty());
+    const std::string lundi30 = "21519";
+    EXPECT_EQ(cles(a), (std::vector<std::string>{kAvant12, "00100012" + lundi30 + "0800", kAvant13,
+                                                 "00100013" + lundi30 + "0930"}));
+    EXPECT_EQ(enregistrement(a, "00100012" + lundi30 + "0800"), avant12);
+    EXPECT_EQ(enregistrement(a, kAvant12), avant12);
+    EXPECT_EQ(enregistrement(a, kAvant13), avant13);
+}
+
 TEST_P(KeptRecords, ALabelMovedOntoTheKeyOfAKeptRecordIsRefusedAndNothingChanges) {
     Service service(GetParam(), "keptkey");
     Poste a(service.address());
