@@ -213,7 +213,7 @@ int main(int argc, char** argv) {
             return 0;
         }
         if (*week) {
-            app::runWeek(app::WeekOptions{o.db, o.date, o.today, o.soir, o.json}, std::cout);
+            app::runWeek(app::WeekOptions{o.db, o.date, o.today, o.soir, o.json}, std::cout, std::cerr);
             return 0;
         }
         return app::runGui(app::GuiOptions{o.db, o.today, o.rights, o.zoom}, argc, argv);

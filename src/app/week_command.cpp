@@ -7,6 +7,7 @@
 #include "app/commands.h"
 #include "base/clock.h"
 #include "base/error.h"
+#include "data/record_checks.h"
 #include "mvdb/database.h"
 
 namespace app {
@@ -66,7 +67,7 @@ std::string weekTable(const control::Semaine& semaine) {
     return out.str();
 }
 
-void runWeek(const WeekOptions& o, std::ostream& out) {
+void runWeek(const WeekOptions& o, std::ostream& out, std::ostream& err) {
     base::SystemClock clock =
         o.today.empty() ? base::SystemClock() : base::SystemClock(parseTodayOption(o.today));
     const std::optional<base::Date> jour = base::Date::parse(o.date);
@@ -76,7 +77,21 @@ void runWeek(const WeekOptions& o, std::ostream& out) {
         *db, clock, *jour, o.soir ? control::DemiJournee::Soir : control::DemiJournee::Matin);
     out << (o.json ? weekJson(semaine) + "\n" : weekTable(semaine));
     out.flush();
+    // Told even when the output fails: they are faults of the database, to be mended whatever happens.
+    err << weekFaults(semaine) << std::flush;
     if (!out) throw base::Error(base::codes::kStorage, "Écriture impossible de la semaine sur la sortie");
+}
+
+std::string weekFaults(const control::Semaine& semaine) {
+    if (semaine.defauts.empty() && semaine.laissees.empty()) return "";
+    std::string texte = "zandorel : " + std::string(data::kFaultsHead) + "\n";
+    for (const std::string& ligne : semaine.defauts)
+        texte += ligne + "\n";
+    if (semaine.laissees.empty()) return texte;
+    texte += std::string(data::kKeptHead) + "\n";
+    for (const std::string& ligne : semaine.laissees)
+        texte += ligne + "\n";
+    return texte;
 }
 
 }  // namespace app

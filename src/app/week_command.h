@@ -21,8 +21,12 @@ std::string weekJson(const control::Semaine& semaine);
 // The week as a text table, one block per day, for a reader.
 std::string weekTable(const control::Semaine& semaine);
 
-// `zandorel week`: the overview of the week that holds the date, written to `out`. The database is only
-// read. Fails with base::Error for a database that cannot be opened or an output that cannot be written.
-void runWeek(const WeekOptions& options, std::ostream& out);
+// What the displays of the week left out, as lines for standard error; empty when nothing was.
+std::string weekFaults(const control::Semaine& semaine);
+
+// `zandorel week`: the overview of the week that holds the date, written to `out`, and the records left
+// out of it named on `err`. The database is only read. Fails with base::Error for a database that cannot
+// be opened or an output that cannot be written.
+void runWeek(const WeekOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace app

@@ -209,10 +209,26 @@ void FaultList::add(const RecordFault& fault) {
     if (!dejaVu) m_faults.push_back(fault);
 }
 
+std::string KeptRecord::text() const {
+    return std::string(kSSIADTOURNEE) + " " + cite(key) + ", qui dépend de " + cause.file + " " +
+           cite(cause.key);
+}
+
+void FaultList::addKept(const std::string& key, const RecordFault& cause) {
+    add(cause);
+    const bool dejaVu =
+        std::any_of(m_kept.begin(), m_kept.end(), [&](const KeptRecord& k) { return k.key == key; });
+    if (!dejaVu) m_kept.push_back({key, cause});
+}
+
 std::string FaultList::message() const {
     std::string texte(kFaultsHead);
     for (const RecordFault& f : m_faults)
         texte += "\r\n" + f.text();
+    if (m_kept.empty()) return texte;
+    texte += "\r\n" + std::string(kKeptHead);
+    for (const KeptRecord& k : m_kept)
+        texte += "\r\n" + k.text();
     return texte;
 }
 

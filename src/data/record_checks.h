@@ -50,18 +50,41 @@ std::optional<RecordFault> checkRecord(std::string_view file, std::string_view k
 // the others by it.
 inline constexpr std::string_view kFaultsHead = "Enregistrements incohérents, laissés de côté :";
 
-// The faults one display or print met, each field once, in the order met.
+// The line that opens, in the same box, the planned interventions left off the screen for the fault of
+// a record they depend on, and stored on as they are.
+inline constexpr std::string_view kKeptHead =
+    "Interventions planifiées non affichées, gardées telles quelles :";
+
+// A planned intervention of SSIADTOURNEE left off the screen because a record it depends on is at fault.
+struct KeptRecord {
+    std::string key;
+    RecordFault cause;
+
+    // "SSIADTOURNEE « 00100012215120800 », qui dépend de SSIADPROTOCOLE « 000122100000000110800 »"
+    std::string text() const;
+};
+
+// The faults one display or print met, each field once, in the order met, and the planned interventions
+// left off the screen because of them, each once.
 class FaultList {
 public:
     void add(const RecordFault& fault);
-    void clear() { m_faults.clear(); }
-    bool empty() const { return m_faults.empty(); }
+    // Names the fault too.
+    void addKept(const std::string& key, const RecordFault& cause);
+    void clear() {
+        m_faults.clear();
+        m_kept.clear();
+    }
+    bool empty() const { return m_faults.empty() && m_kept.empty(); }
     const std::vector<RecordFault>& faults() const { return m_faults; }
-    // The text of the one box that tells them: a head line, then one line per fault.
+    const std::vector<KeptRecord>& kept() const { return m_kept; }
+    // The text of the one box that tells them: a head line, then one line per fault; then, when some
+    // planned interventions were left off, their head line and one line each.
     std::string message() const;
 
 private:
     std::vector<RecordFault> m_faults;
+    std::vector<KeptRecord> m_kept;
 };
 
 }  // namespace data

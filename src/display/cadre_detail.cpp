@@ -29,6 +29,10 @@ constexpr int kFinPrevue = 2;
 constexpr int kCleProtocole = 3;
 
 // Columns of the accords' reply, listed by "0 1 2 3".
+constexpr int kCleAccord = 1;
+constexpr int kPremierJourAccord = 2;
+constexpr int kDernierJourAccord = 3;
+
 // A protocole row this far from the planned start, or further, is never the nearest.
 constexpr double kEcartMaximal = 999;
 
@@ -262,6 +266,59 @@ void Affichage::CadreDetailAvecTournee() {
     }
 }
 
+void Affichage::garderEnregistrement(const std::string& CleTournee, const data::RecordFault& cause) {
+    Ctr_Zandorel& c = m_c;
+    c.defautsLus.addKept(CleTournee, cause);
+    c.m_sauvegarde.garderEnregistrement(CleTournee);
+}
+
+std::optional<data::RecordFault> Affichage::accordIncoherent(const std::string& CodeAide,
+                                                             const mvdb::DynamicRecord& accordsDuJour) {
+    Ctr_Zandorel& c = m_c;
+    auto defautDe = [](const mvdb::DynamicRecord& accords, std::int64_t i) {
+        return data::checkAccordDays(accords(i, kCleAccord), accords(i, kPremierJourAccord),
+                                     accords(i, kDernierJourAccord));
+    };
+    if (!accordsDuJour(1).empty()) return defautDe(accordsDuJour, 1);
+    const mvdb::DynamicRecord accords =
+        data::Interroger(c.database(), "SELECT SSIADACCORDS AVEC CodeAide = " + entreGuillemets(CodeAide),
+                         data::kSSIADACCORDS, "0 1 2");
+    for (std::int64_t i = 1; i <= accords.DCount(); ++i) {
+        if (auto defaut = defautDe(accords, i)) return defaut;
+    }
+    return std::nullopt;
+}
+
+mvdb::DynamicRecord Affichage::accordsDeLAide(const std::string& CodeAide, const std::string& jour) {
+    Ctr_Zandorel& c = m_c;
+    // No blank after "=" in this sentence: the server takes it as it is.
+    return data::Interroger(c.database(),
+                            "SELECT SSIADACCORDS AVEC CodeAide =" + entreGuillemets(CodeAide) +
+                                " AND AVEC 1 <= " + entreGuillemets(jour) +
+                                " AND AVEC 2 >= " + entreGuillemets(jour),
+                            data::kSSIADACCORDS, "0 1 2 3");
+}
+
+void Affichage::ecarterInterventionsDependantes(mvdb::DynamicRecord& reponse) {
+    Ctr_Zandorel& c = m_c;
+    data::FichiersSSIAD& f = c.Mod.fichiers;
+    for (std::int64_t i = reponse.DCount(); i >= 1; --i) {
+        const std::string cle = reponse(i, kCleTournee);
+        const std::string cleProtocole = reponse(i, kCleProtocole);
+        mvdb::DynamicRecord protocole;
+        std::optional<data::RecordFault> defaut;
+        if (data::LireEnregistrement(*f.SSIADPROTOCOLE, protocole, cleProtocole))
+            defaut = data::checkRecord(data::kSSIADPROTOCOLE, cleProtocole, protocole);
+        if (!defaut) {
+            const std::string code = data::tournee::codeAide(cle);
+            defaut = accordIncoherent(code, accordsDeLAide(code, data::tournee::jourInterne(cle)));
+        }
+        if (!defaut) continue;
+        c.defautsLus.addKept(cle, *defaut);
+        reponse.Delete(i);
+    }
+}
+
 void Affichage::CadreDetail(const std::string& CodeAide, const std::string& CleTournee,
                             const std::string& CleElement) {
     Ctr_Zandorel& c = m_c;
@@ -271,22 +328,29 @@ void Affichage::CadreDetail(const std::string& CodeAide, const std::string& CleT
     // 1. An aidé who has left the tournée's sectors drops out of the day.
     if (!secteurDeLaTournee(CodeAide + CleElement)) return;
 
-    // 2. No blank after "=" in this sentence: the server takes it as it is.
-    const mvdb::DynamicRecord accords = data::Interroger(
-        c.database(),
-        "SELECT SSIADACCORDS AVEC CodeAide =" + entreGuillemets(CodeAide) +
-            " AND AVEC 1 <= " + entreGuillemets(jour) + " AND AVEC 2 >= " + entreGuillemets(jour),
-        data::kSSIADACCORDS, "0 1 2 3");
+    // 2.
+    const mvdb::DynamicRecord accords = accordsDeLAide(CodeAide, jour);
+    if (const auto defaut = accordIncoherent(CodeAide, accords))
+        return garderEnregistrement(CleTournee, *defaut);
     if (accords(1).empty() || !data::PeriodeActive(c.database(), accords, 1)) return;
 
-    // 3. The aidé's records of the half-day in the other tournées.
+    // 3. The aidé's records of the half-day in the other tournées. From here a record that finds no row
+    // while a protocole of its aidé was set aside as faulty may have lost its row to that fault: it is
+    // kept rather than deleted by the next validation.
     RechercheProtocole(CodeAide);
-    if (c.TabProtocole->text().empty()) return;
+    auto laisse = [&] {
+        if (!ProtocolesEcartes.empty()) garderEnregistrement(CleTournee, ProtocolesEcartes.front());
+    };
+    if (c.TabProtocole->text().empty()) return laisse();
     RechercheInterventionsValidees(CodeAide, true, 1);
     if (!data::LireEnregistrement(*f.SSIADTOURNEE, f.EnregSSIADTOURNEE, CleTournee)) return;
     const Enregistrement planifie{data::tournee::heureDebut(CleTournee),
                                   f.EnregSSIADTOURNEE(data::tournee::kHeureFin),
                                   f.EnregSSIADTOURNEE(data::tournee::kCleProtocole)};
+    // Its own protocole set aside: fitted to another one, it would be stored under that one's key.
+    for (const data::RecordFault& defaut : ProtocolesEcartes) {
+        if (defaut.key == planifie.cleProtocole) return garderEnregistrement(CleTournee, defaut);
+    }
 
     // 4, 5. Nothing planned elsewhere: the record keeps its row whatever it finds.
     const std::int64_t n = lignesValidees(c.TabValidees);
@@ -298,15 +362,15 @@ void Affichage::CadreDetail(const std::string& CodeAide, const std::string& CleT
         const std::int64_t m = placesRequises(c.TabProtocole);
         if ((c.TabValidees(1, ColV::CleProtocole) == c.TabProtocole(1, ColP::CleProtocole) && n == m) ||
             n > m)
-            return;
+            return laisse();
         compterPlaces(c.TabProtocole, c.TabValidees, n);
         k = ligneDuProtocole(c.TabProtocole, planifie, Places::Libres);
-        if (!k) return;
+        if (!k) return laisse();
     }
 
     // A record that fits no protocole within 999 hundredths falls on row 0, which reads as an empty row
     // with an empty key: such a row gets no label, so it is not made at all, and no anomaly comes of it.
-    if (*k == 0) return;
+    if (*k == 0) return laisse();
 
     // 7. Only records of the shown date are deleted by the commit.
     ++NbLignesDetail;

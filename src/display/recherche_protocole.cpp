@@ -73,6 +73,12 @@ const std::string& nomUtilisateur(const Ctr_Zandorel& c) {
 
 }  // namespace
 
+bool Affichage::protocoleSain(const std::optional<data::RecordFault>& defaut) {
+    if (enregistrementSain(defaut)) return true;
+    ProtocolesEcartes.push_back(*defaut);
+    return false;
+}
+
 void Affichage::RechercheProtocole(const std::string& CodeAide) {
     Ctr_Zandorel& c = m_c;
     data::FichiersSSIAD& f = c.Mod.fichiers;
@@ -83,6 +89,7 @@ void Affichage::RechercheProtocole(const std::string& CodeAide) {
     // 2.
     mvdb::DynamicRecord commande;
     c.TabProtocole.renew();
+    ProtocolesEcartes.clear();
     int ligne = 0;
 
     // 3.
@@ -110,8 +117,8 @@ void Affichage::RechercheProtocole(const std::string& CodeAide) {
             const std::string nature = res(1, reponse::kNature, i);
             if (res(1, reponse::kType, i) != reponse::kIntervention || base::Len(nature) != 1) continue;
             const std::string cle = base::Left(res(1, reponse::kCle, i), data::protocole::kLongueurCle);
-            if (!enregistrementSain(data::checkProtocole(
-                    cle, res(1, reponse::kDebut, i), res(1, reponse::kFin, i), res(1, reponse::kDureeMn, i))))
+            if (!protocoleSain(data::checkProtocole(cle, res(1, reponse::kDebut, i), res(1, reponse::kFin, i),
+                                                    res(1, reponse::kDureeMn, i))))
                 continue;
             if (!chevaucheEchelle(res(1, reponse::kDebut, i), res(1, reponse::kFin, i), c.HeureDebutEchelle,
                                   c.HeureFinEchelle)) {
@@ -119,8 +126,7 @@ void Affichage::RechercheProtocole(const std::string& CodeAide) {
             }
             // The server passes on the protocoles whose days it cannot judge: checked here with the rest.
             const bool lu = data::LireEnregistrement(*f.SSIADPROTOCOLE, f.EnregSSIADPROTOCOLE, cle);
-            if (lu &&
-                !enregistrementSain(data::checkRecord(data::kSSIADPROTOCOLE, cle, f.EnregSSIADPROTOCOLE)))
+            if (lu && !protocoleSain(data::checkRecord(data::kSSIADPROTOCOLE, cle, f.EnregSSIADPROTOCOLE)))
                 continue;
             // 9.
             if (avecTournee && !retenuParLaTournee(f, lu, nature, c.NbIntervenantsTournee)) continue;

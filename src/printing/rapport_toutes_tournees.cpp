@@ -14,6 +14,7 @@ void Impression::ImpressionToutesTournees() {
         m_ctl.database(), "SELECT SSIADTOURNEE AVEC DateTournee = \"" + jour + "\" PAR CodeTournee",
         data::kSSIADTOURNEE, "0 1 2");
     m_ctl.ecarterInterventionsIncoherentes(reponse);
+    m_ctl.ecarterInterventionsDependantes(reponse);
 
     // 2.
     if (reponse(1).empty()) {

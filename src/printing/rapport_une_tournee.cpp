@@ -61,6 +61,7 @@ void Impression::ImpressionUneTournee() {
                              code + "\" PAR HeureDebut",
                          data::kSSIADTOURNEE, "0 1 2");
     m_ctl.ecarterInterventionsIncoherentes(reponse);
+    m_ctl.ecarterInterventionsDependantes(reponse);
     if (reponse(1).empty()) {
         m_ctl.host().MsgBox("Impression impossible : tournée non définie pour cette date.",
                             toolkit::msgbox::kExclamation, kTitreMessage);

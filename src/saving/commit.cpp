@@ -100,11 +100,14 @@ std::optional<std::string> Sauvegarde::remplacerTournee(const std::string& jour,
         if (m_versionAffichee && stockee != *m_versionAffichee) return stockee;
         // What another planner saved of this tournée and day goes too, once the user agreed: the loaded
         // keys alone would leave their records beside these, and the last save must win whole. Records
-        // that make no sense were never shown: they stay for whoever wrote them to mend.
+        // that make no sense were never shown: they stay for whoever wrote them to mend. So do those the
+        // display left off for the fault of a record they depend on: the planner never saw them, and a
+        // deleted one would be a visit lost.
         for (std::int64_t i = 1; i <= enregistrees.DCount(); ++i) {
-            if (!data::checkPlanned(enregistrees(i, 1), enregistrees(i, 2)))
-                f.SSIADTOURNEE->Delete(enregistrees(i, 1));
+            const std::string cle = enregistrees(i, 1);
+            if (!data::checkPlanned(cle, enregistrees(i, 2)) && !estGarde(cle)) f.SSIADTOURNEE->Delete(cle);
         }
+        const std::vector<std::string> gardeesDuJour = clesGardeesDuJour(jour);
         if (!c.TabTourneeEnregistree->text().empty()) {
             for (std::int64_t i = 1; i <= c.TabTourneeEnregistree->DCount(); ++i) {
                 f.SSIADTOURNEE->Delete(c.TabTourneeEnregistree(i, 1));
@@ -116,10 +119,25 @@ std::optional<std::string> Sauvegarde::remplacerTournee(const std::string& jour,
             const double dureeMn = base::toNumber(c.TabTempoDetail(i, model::col::DureeMn));
             const std::string cle =
                 data::tournee::cle(c.Txt_CodeTournee.text(), base::Left(cleProtocole, 5), jour, debut);
+            if (std::find(gardeesDuJour.begin(), gardeesDuJour.end(), cle) != gardeesDuJour.end()) {
+                throw base::Error(base::codes::kBadData,
+                                  std::string(data::kSSIADTOURNEE) + " « " + cle +
+                                      " » : une intervention planifiée non affichée, gardée telle quelle, a "
+                                      "déjà ce début");
+            }
             f.EnregSSIADTOURNEE = f.SSIADTOURNEE->New(cle);
             f.EnregSSIADTOURNEE.set(data::tournee::kHeureFin, affectation ? finAffectation(debut, dureeMn)
                                                                           : finOrdinaire(debut, dureeMn));
             f.EnregSSIADTOURNEE.set(data::tournee::kCleProtocole, cleProtocole);
+            f.EnregSSIADTOURNEE.DBWrite();
+        }
+        // A kept record of an older version goes on into the day's version as it is stored.
+        for (std::size_t i = 0; i < m_gardes.size(); ++i) {
+            if (gardeesDuJour[i] == m_gardes[i]) continue;
+            mvdb::DynamicRecord garde;
+            if (!data::LireEnregistrement(*f.SSIADTOURNEE, garde, m_gardes[i])) continue;
+            f.EnregSSIADTOURNEE = f.SSIADTOURNEE->New(gardeesDuJour[i]);
+            f.EnregSSIADTOURNEE.setText(garde.text());
             f.EnregSSIADTOURNEE.DBWrite();
         }
         transaction.commit();
@@ -141,6 +159,24 @@ std::string Sauvegarde::versionStockee(const std::string& codeTournee, const std
 
 void Sauvegarde::retenirVersionAffichee(const std::string& codeTournee, const std::string& jour) {
     m_versionAffichee = versionStockee(codeTournee, jour);
+    m_gardes.clear();
+}
+
+void Sauvegarde::garderEnregistrement(const std::string& cle) {
+    if (!estGarde(cle)) m_gardes.push_back(cle);
+}
+
+std::vector<std::string> Sauvegarde::clesGardeesDuJour(const std::string& jour) const {
+    std::vector<std::string> cles;
+    for (const std::string& cle : m_gardes) {
+        cles.push_back(data::tournee::cle(data::tournee::codeTournee(cle), data::tournee::codeAide(cle), jour,
+                                          data::tournee::heureDebut(cle)));
+    }
+    return cles;
+}
+
+bool Sauvegarde::estGarde(const std::string& cle) const {
+    return std::find(m_gardes.begin(), m_gardes.end(), cle) != m_gardes.end();
 }
 
 void Sauvegarde::reafficherVersionStockee() {
@@ -229,7 +265,7 @@ void Sauvegarde::Cmd_Ok_Click() {
     }
     if (!c.ValidationAnomalies) return;
     const Historique::Oubli oubli(c.historique);
-    m_versionAffichee.reset();
+    oublierVersionAffichee();
     c.TabTourneeEnregistree.release();
 
     if (affectation) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "toolkit/control.h"
 
@@ -29,7 +30,15 @@ public:
     // database as its records: a validation replaces the stored records only while they are still those.
     void retenirVersionAffichee(const std::string& codeTournee, const std::string& jour);
     // No tournée on show: nothing to guard.
-    void oublierVersionAffichee() { m_versionAffichee.reset(); }
+    void oublierVersionAffichee() {
+        m_versionAffichee.reset();
+        m_gardes.clear();
+    }
+    // A stored record of the version on show that the display left off the screen because a record it
+    // depends on is at fault: a validation of the day stores it on as it is (a record of an older
+    // version, copied to the day with the rest of the version), and refuses a label that would take its
+    // key on the day.
+    void garderEnregistrement(const std::string& cle);
 
 private:
     // The records of SSIADTOURNEE of a tournée and an internal day as stored now, keys and whole texts,
@@ -43,10 +52,16 @@ private:
     // The validation's way out when the user keeps the other workstation's version: the day shown again
     // as stored, or, during an assignment, the assignment taken back.
     void reafficherVersionStockee();
+    bool estGarde(const std::string& cle) const;
+    // The key on `jour` of each kept record.
+    std::vector<std::string> clesGardeesDuJour(const std::string& jour) const;
 
     Ctr_Zandorel& m_c;
     // What the display of the tournée on show read of its day; empty while no tournée is on show.
     std::optional<std::string> m_versionAffichee;
+    // Keys of the records of the version on show that the display left off for a fault of another
+    // record.
+    std::vector<std::string> m_gardes;
 };
 
 }  // namespace control

@@ -338,6 +338,11 @@ public:
     void ecarterInterventionsIncoherentes(mvdb::DynamicRecord& reponse) {
         affichage.ecarterInterventionsIncoherentes(reponse);
     }
+    // The same for the planned interventions whose protocole or accord makes no sense: the screen shows
+    // none of them, and nor does the paper.
+    void ecarterInterventionsDependantes(mvdb::DynamicRecord& reponse) {
+        affichage.ecarterInterventionsDependantes(reponse);
+    }
     // One box that names every fault noted since the last one, when there is any; then forgets them.
     void signalerDefauts() { affichage.signalerDefauts(); }
     data::FaultList defautsLus;

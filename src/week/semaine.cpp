@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
 
 #include "base/clock.h"
 #include "base/text.h"
 #include "data/gateway.h"
 #include "data/layouts.h"
+#include "data/record_checks.h"
 #include "model/clock.h"
 #include "model/labels.h"
 #include "mvdb/database.h"
@@ -50,6 +52,32 @@ int minutes(double heure) {
     return static_cast<int>(base::roundHalfEven(model::HeureVersCentiemes(heure) * 60));
 }
 
+// Reads the boxes a display showed. The box that names records left out keeps its lines in the week's,
+// each once; any other box refused the display. True when one did.
+bool lireBoites(toolkit::HeadlessHost& hote, Semaine& semaine) {
+    bool refus = false;
+    for (const toolkit::HeadlessHost::Shown& boite : hote.takeShown()) {
+        const std::string_view texte(boite.text);
+        if (!texte.starts_with(data::kFaultsHead)) {
+            refus = true;
+            continue;
+        }
+        std::vector<std::string>* lignes = &semaine.defauts;
+        for (std::size_t debut = texte.find("\r\n"); debut != std::string_view::npos;) {
+            debut += 2;
+            const std::size_t fin = texte.find("\r\n", debut);
+            const std::string ligne(texte.substr(debut, fin == std::string_view::npos ? fin : fin - debut));
+            debut = fin;
+            if (ligne == data::kKeptHead) {
+                lignes = &semaine.laissees;
+            } else if (std::find(lignes->begin(), lignes->end(), ligne) == lignes->end()) {
+                lignes->push_back(ligne);
+            }
+        }
+    }
+    return refus;
+}
+
 // The waiting list of each day: a display without a tournée in the half-day chosen.
 void compterAttente(Ctr_Zandorel& c, toolkit::HeadlessHost& hote, Semaine& semaine) {
     // The start takes the only tournée of a service as chosen: the code is emptied as a planner would.
@@ -64,12 +92,12 @@ void compterAttente(Ctr_Zandorel& c, toolkit::HeadlessHost& hote, Semaine& semai
         c.Cmd_Affichage_Click();
         jour.enAttente = labelsCharges(c, false);
     }
-    hote.takeShown();
+    lireBoites(hote, semaine);
 }
 
 // The tournée chosen as the planner chooses it, then shown on its day of the week.
 TourneeDuJour chiffrerTournee(Ctr_Zandorel& c, toolkit::HeadlessHost& hote, const Tournee& t,
-                              const base::Date& date) {
+                              const base::Date& date, Semaine& semaine) {
     TourneeDuJour chiffres{t.code, t.libelle};
     c.Txt_CodeTournee.setText(t.code);
     // A tournée that cannot be opened (marked otherwise than deleted) has nothing to show.
@@ -80,7 +108,7 @@ TourneeDuJour chiffrerTournee(Ctr_Zandorel& c, toolkit::HeadlessHost& hote, cons
     chiffres.capacite = minutes(c.HeureFinEchelle) - minutes(c.HeureDebutEchelle);
     c.Cbo_Date.setText(date.text());
     c.Cmd_Affichage_Click();
-    chiffres.nonDefinie = !hote.takeShown().empty();
+    chiffres.nonDefinie = lireBoites(hote, semaine);
     chiffres.prevues = labelsCharges(c, true);
     double total = 0;
     for (std::int64_t i = 1; i <= c.TabTempoDetail->DCount(); ++i)
@@ -120,7 +148,7 @@ Semaine calculerSemaine(mvdb::Database& database, const base::Clock& clock, base
     for (const Tournee& t : tourneesEnService(*privee)) {
         if (t.jour == 0) continue;
         JourDeSemaine& jourDeLaTournee = semaine.jours[static_cast<std::size_t>(t.jour - 1)];
-        jourDeLaTournee.tournees.push_back(chiffrerTournee(c, hote, t, jourDeLaTournee.date));
+        jourDeLaTournee.tournees.push_back(chiffrerTournee(c, hote, t, jourDeLaTournee.date, semaine));
     }
     c.UserControl_Terminate();
     return semaine;

@@ -38,6 +38,11 @@ struct JourDeSemaine {
 struct Semaine {
     DemiJournee demiJournee = DemiJournee::Matin;
     std::vector<JourDeSemaine> jours;  // Monday to Sunday
+    // What the displays of the week named as they went, each line once, in the order met: the records
+    // that make no sense (file, key, field and what is wrong), and the planned interventions left out
+    // because a record they depend on is one of them.
+    std::vector<std::string> defauts;
+    std::vector<std::string> laissees;
     const base::Date& lundi() const { return jours.front().date; }
 };
 

@@ -35,7 +35,7 @@ TEST(WeekCommand, RefusesWhatItCannotReadOrWrite) {
         SCOPED_TRACE(k.nom);
         std::ostringstream out;
         try {
-            app::runWeek(k.options, out);
+            app::runWeek(k.options, out, out);
             ADD_FAILURE() << "accepted";
         } catch (const base::Error& e) {
             if (k.message) {
@@ -77,6 +77,37 @@ TEST(WeekCommand, TheTableNamesEachDayAndEachTournee) {
         "\n");
     EXPECT_NE(table.find("dimanche 29/11/2026                     en attente : 6\n  aucune tournée\n"),
               std::string::npos);
+}
+
+TEST(WeekCommand, NamesWhatTheWeekLeftOutForStandardError) {
+    struct Cas {
+        const char* nom;
+        std::vector<std::string> defauts, laissees;
+        std::string texte;
+    } const cas[] = {
+        {"nothing left out: not a word", {}, {}, ""},
+        {"a record that makes no sense",
+         {"SSIADTOURNEE « 00100001215120800 », attribut 1 (fin prévue) : « 8h30 » n'est pas un nombre"},
+         {},
+         "zandorel : Enregistrements incohérents, laissés de côté :\n"
+         "SSIADTOURNEE « 00100001215120800 », attribut 1 (fin prévue) : « 8h30 » n'est pas un nombre\n"},
+        {"a planned record left out for its protocole",
+         {"SSIADPROTOCOLE « 000012100000000110800 », attribut 4 (durée) : « -30 » est hors de 1 à 1440 "
+          "minutes"},
+         {"SSIADTOURNEE « 00100001215120800 », qui dépend de SSIADPROTOCOLE « 000012100000000110800 »"},
+         "zandorel : Enregistrements incohérents, laissés de côté :\n"
+         "SSIADPROTOCOLE « 000012100000000110800 », attribut 4 (durée) : « -30 » est hors de 1 à 1440 "
+         "minutes\n"
+         "Interventions planifiées non affichées, gardées telles quelles :\n"
+         "SSIADTOURNEE « 00100001215120800 », qui dépend de SSIADPROTOCOLE « 000012100000000110800 »\n"},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.nom);
+        control::Semaine s = semaine(control::DemiJournee::Matin);
+        s.defauts = k.defauts;
+        s.laissees = k.laissees;
+        EXPECT_EQ(app::weekFaults(s), k.texte);
+    }
 }
 
 }  // namespace

@@ -52,7 +52,7 @@ struct Service {
     void entree(const std::string& tournee, const std::string& code, const std::string& debut,
                 const std::string& soins) {
         const std::string cle = code + "210000000011" + debut;
-        f.service.put("SSIADPROTOCOLE", cle, {"", "2200", soins});
+        f.service.put("SSIADPROTOCOLE", cle, {"", "2200", soins, "30", "1", "21000", ""});
         f.service.put("SSIADTOURNEE", tournee + code + kLundi + debut,
                       {base::zeroPad(static_cast<int>(base::toNumber(debut)) + 50, 4), cle});
     }
@@ -280,7 +280,8 @@ TEST(Cmd_Imprimer_Click, RecordsThatMakeNoSensePrintNoLineAndAreNamedOnce) {
         s.aide("00001", "SAIN");
         s.aide("00002", "ABIME");
         s.entree("001", "00001", "0800", "S01");
-        s.f.service.put("SSIADPROTOCOLE", "00002210000000011" + base::Right(k.cle, 4), {"", "2200", "S02"});
+        s.f.service.put("SSIADPROTOCOLE", "00002210000000011" + base::Right(k.cle, 4),
+                        {"", "2200", "S02", "30", "1", "21000", ""});
         s.f.service.put("SSIADTOURNEE", k.cle, {k.fin, "00002210000000011" + base::Right(k.cle, 4)});
         const std::string sortie = s.imprimer(k.code);
         EXPECT_NE(sortie.find("SAIN"), std::string::npos) << "the rest of the day prints";
@@ -289,6 +290,66 @@ TEST(Cmd_Imprimer_Click, RecordsThatMakeNoSensePrintNoLineAndAreNamedOnce) {
         ASSERT_EQ(boites.size(), 1u);
         EXPECT_EQ(boites[0].title, "Message KORVELINE");
         EXPECT_EQ(boites[0].text, "Enregistrements incohérents, laissés de côté :\r\n" + k.defaut);
+    }
+}
+
+// A sound record whose protocole or accord makes no sense prints no line, as the screen shows no label of
+// it, and is named with the fault; the rest of the day prints.
+TEST(Cmd_Imprimer_Click, RecordsOfAFaultyProtocoleOrAccordPrintNoLineAndAreNamed) {
+    const std::string protocole = "000022100000000110900";
+    const std::string garde =
+        "\r\nInterventions planifiées non affichées, gardées telles quelles :\r\n"
+        "SSIADTOURNEE « 00100002215120900 », qui dépend de ";
+    struct Cas {
+        const char* name;
+        const char* code;  // empty: every tournée of the day
+        std::string fichier, cle;
+        std::vector<std::string> attributs;
+        std::string message;
+    } const cas[] = {
+        {"a protocole of -30 minutes, one tournée",
+         "001",
+         "SSIADPROTOCOLE",
+         protocole,
+         {"", "2200", "S02", "-30", "1", "21000", ""},
+         "SSIADPROTOCOLE « 000022100000000110900 », attribut 4 (durée) : « -30 » est hors de 1 à 1440 "
+         "minutes" +
+             garde + "SSIADPROTOCOLE « 000022100000000110900 »"},
+        {"a protocole of -30 minutes, every tournée",
+         "",
+         "SSIADPROTOCOLE",
+         protocole,
+         {"", "2200", "S02", "-30", "1", "21000", ""},
+         "SSIADPROTOCOLE « 000022100000000110900 », attribut 4 (durée) : « -30 » est hors de 1 à 1440 "
+         "minutes" +
+             garde + "SSIADPROTOCOLE « 000022100000000110900 »"},
+        {"an accord that ends on no day, every tournée",
+         "",
+         "SSIADACCORDS",
+         "00002001000001",
+         {"21000", "2200a", ""},
+         "SSIADACCORDS « 00002001000001 », attribut 2 (dernier jour) : « 2200a » n'est pas un jour interne "
+         "(5 chiffres au plus)" +
+             garde + "SSIADACCORDS « 00002001000001 »"},
+    };
+    for (const Cas& k : cas) {
+        SCOPED_TRACE(k.name);
+        Service s;
+        s.aide("00001", "SAIN");
+        s.aide("00002", "ABIME");
+        s.entree("001", "00001", "0800", "S01");
+        s.entree("001", "00002", "0900", "S02");
+        mvdb::DynamicRecord r;
+        for (std::size_t a = 0; a < k.attributs.size(); ++a)
+            r.set(static_cast<std::int64_t>(a + 1), k.attributs[a]);
+        s.f.service.db->store().write(k.fichier, k.cle, r.text());
+        const std::string sortie = s.imprimer(k.code);
+        EXPECT_NE(sortie.find("SAIN"), std::string::npos) << "the rest of the day prints";
+        EXPECT_EQ(sortie.find("ABIME"), std::string::npos) << sortie;
+        const auto boites = s.f.host.takeShown();
+        ASSERT_EQ(boites.size(), 1u);
+        EXPECT_EQ(boites[0].text, "Enregistrements incohérents, laissés de côté :\r\n" + k.message);
+        EXPECT_TRUE(s.c.UserControl.enabled() && s.f.host.screenMousePointer() == 0);
     }
 }
 

@@ -254,6 +254,28 @@ TEST(CalculerSemaine, ListsTheTourneesOfEachWeekdayByCodeWithTheirFigures) {
         "29/11/2026 4:\n");
 }
 
+// A record left out of a day for the fault of its protocole counts in no figure, leaves the day defined,
+// and is named with the fault once for the whole week.
+TEST(CalculerSemaine, NamesOnceWhatItLeftOutAndCountsItNowhere) {
+    Service service;
+    service.s.put("SSIADPROTOCOLE", Service::cle("00001", "0800"),
+                  {"", "0900", "S01", "-30", "1", "21000", ""});
+    const control::Semaine semaine = control::calculerSemaine(
+        *service.s.db, service.s.clock, *base::Date::fromDmy(23, 11, 2026), control::DemiJournee::Matin);
+    const control::TourneeDuJour& lundi = semaine.jours[0].tournees[0];
+    EXPECT_EQ(lundi.code, "001");
+    EXPECT_EQ(chiffres(lundi), "1 20 1") << "DURAND alone, outside his window";
+    EXPECT_FALSE(lundi.nonDefinie);
+    EXPECT_EQ(semaine.defauts,
+              (std::vector<std::string>{
+                  "SSIADPROTOCOLE « 000012100000000110800 », attribut 4 (durée) : « -30 » est "
+                  "hors de 1 à 1440 minutes"}));
+    EXPECT_EQ(
+        semaine.laissees,
+        (std::vector<std::string>{
+            "SSIADTOURNEE « 00100001215120800 », qui dépend de SSIADPROTOCOLE « 000012100000000110800 »"}));
+}
+
 TEST(CalculerSemaine, ASingleTourneeChosenAtTheStartDoesNotHideTheWaitingList) {
     // The start of a control takes the only tournée of the list as chosen.
     Service service;
