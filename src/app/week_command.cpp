@@ -83,15 +83,8 @@ void runWeek(const WeekOptions& o, std::ostream& out, std::ostream& err) {
 }
 
 std::string weekFaults(const control::Semaine& semaine) {
-    if (semaine.defauts.empty() && semaine.laissees.empty()) return "";
-    std::string texte = "zandorel : " + std::string(data::kFaultsHead) + "\n";
-    for (const std::string& ligne : semaine.defauts)
-        texte += ligne + "\n";
-    if (semaine.laissees.empty()) return texte;
-    texte += std::string(data::kKeptHead) + "\n";
-    for (const std::string& ligne : semaine.laissees)
-        texte += ligne + "\n";
-    return texte;
+    const std::string nommes = control::defautsNommes(semaine);
+    return nommes.empty() ? "" : "zandorel : " + nommes;
 }
 
 }  // namespace app

@@ -106,6 +106,13 @@ WeekWindow::WeekWindow(control::Ctr_Zandorel& ctl, FormView& screen, QWidget* pa
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() * 2 + 10);
     m_table->setWordWrap(true);
 
+    // The figures leave out what makes no sense; the planner must know what, to have it mended.
+    m_defauts = new QLabel;
+    m_defauts->setWordWrap(true);
+    m_defauts->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_defauts->setStyleSheet("QLabel { color: #8b0000; }");
+    m_defauts->hide();
+
     auto* legende = new QHBoxLayout;
     legende->addWidget(new QLabel("Interventions prévues · minutes, puis l'état du jour :"));
     legende->addWidget(pastille(kAnomalies, "anomalies"));
@@ -119,6 +126,7 @@ WeekWindow::WeekWindow(control::Ctr_Zandorel& ctl, FormView& screen, QWidget* pa
     auto* tout = new QVBoxLayout(this);
     tout->addLayout(haut);
     tout->addWidget(m_table, 1);
+    tout->addWidget(m_defauts);
     tout->addLayout(legende);
     resize(1400, 800);
 
@@ -181,9 +189,13 @@ void WeekWindow::fill() {
     if (!m_week) {
         m_table->setRowCount(0);
         m_title->clear();
+        m_defauts->hide();
         return;
     }
     const control::Semaine& s = *m_week;
+    const std::string nommes = control::defautsNommes(s);
+    m_defauts->setText(texte(nommes).trimmed());
+    m_defauts->setVisible(!nommes.empty());
     m_title->setText(texte("Semaine du " + s.lundi().longText()));
     QStringList jours;
     for (const control::JourDeSemaine& j : s.jours)

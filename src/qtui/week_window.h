@@ -35,6 +35,8 @@ public:
     void showWeek(const base::Date& day);
     const std::optional<control::Semaine>& week() const { return m_week; }
     QTableWidget& table() const { return *m_table; }
+    // The records the week left aside and why, as the display would tell them; hidden when none.
+    const QLabel& defauts() const { return *m_defauts; }
     // What a double click on a cell does; false when no tournée runs there or the screen stayed.
     bool openCell(int row, int column);
 
@@ -48,6 +50,7 @@ private:
     FormView& m_screen;
     QDateEdit* m_date;
     QLabel* m_title;
+    QLabel* m_defauts;
     QRadioButton* m_morning;
     QRadioButton* m_evening;
     QTableWidget* m_table;

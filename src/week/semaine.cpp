@@ -154,4 +154,16 @@ Semaine calculerSemaine(mvdb::Database& database, const base::Clock& clock, base
     return semaine;
 }
 
+std::string defautsNommes(const Semaine& semaine) {
+    if (semaine.defauts.empty() && semaine.laissees.empty()) return "";
+    std::string texte = std::string(data::kFaultsHead) + "\n";
+    for (const std::string& ligne : semaine.defauts)
+        texte += ligne + "\n";
+    if (semaine.laissees.empty()) return texte;
+    texte += std::string(data::kKeptHead) + "\n";
+    for (const std::string& ligne : semaine.laissees)
+        texte += ligne + "\n";
+    return texte;
+}
+
 }  // namespace control

@@ -46,6 +46,11 @@ struct Semaine {
     const base::Date& lundi() const { return jours.front().date; }
 };
 
+// What the week named, as the planner reads it: the heading of the records that make no sense and their
+// lines, then, when there are any, the heading of the interventions left out and theirs; one line each,
+// ended by "\n". Empty when the week named nothing.
+std::string defautsNommes(const Semaine& semaine);
+
 // The Monday of the week (Monday to Sunday) that holds `jour`.
 base::Date lundiDe(base::Date jour);
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTableWidget>
@@ -62,6 +63,24 @@ TEST_F(WeekScreen, ShowsEachTourneeOnItsDayAndTheWaitingRowBelow) {
     const control::Semaine direct =
         control::calculerSemaine(*service.db, service.clock, s.lundi(), control::DemiJournee::Matin);
     EXPECT_EQ(direct.jours[0].tournees.size(), s.jours[0].tournees.size());
+}
+
+// What the week leaves aside is told under the figures, and nothing is shown while there is none.
+TEST_F(WeekScreen, TellsUnderTheFiguresTheRecordsItLeftAside) {
+    EXPECT_TRUE(week->defauts().isHidden());
+    // An intervention of Monday 23/11/2026 (internal day 21512) that ends at 25h.
+    service.put("SSIADTOURNEE",
+                "0010000121512"
+                "0800",
+                {"2599", "000012100000000110800"});
+    qtui::WeekWindow::showFor(*ctl, window->view(), window.get());
+    EXPECT_FALSE(week->defauts().isHidden());
+    const QString texte = week->defauts().text();
+    EXPECT_TRUE(texte.startsWith("Enregistrements incohérents, laissés de côté :\n")) << texte.toStdString();
+    EXPECT_TRUE(texte.contains("SSIADTOURNEE « 00100001215120800 »")) << texte.toStdString();
+    // The week before never reads it.
+    button("◀ Semaine précédente")->click();
+    EXPECT_TRUE(week->defauts().isHidden());
 }
 
 TEST_F(WeekScreen, MovesByWeekAndHalfDay) {
