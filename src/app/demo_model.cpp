@@ -22,8 +22,7 @@ std::string DemoProtocole::key() const {
 }
 
 std::string DemoProtocole::assignmentElementKey() const {
-    const std::string tag = key();
-    return codeAide + base::Mid(tag, 1, 5) + base::Mid(tag, 9, 6);
+    return data::elemgest::cleSecteurAffectation(key());
 }
 
 bool DemoProtocole::inForceOn(int day, int weekday) const {

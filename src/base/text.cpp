@@ -361,6 +361,11 @@ std::string zeroPad(std::int64_t value, int width) {
     return value < 0 ? "-" + digits : digits;
 }
 
+bool allDigits(std::string_view text) {
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
 std::string padZeros(std::string_view text, int width) {
     auto length = static_cast<int>(Len(text));
     if (length >= width) return std::string(text);

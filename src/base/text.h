@@ -62,6 +62,9 @@ std::string UCase(std::string_view text);
 // both give "HELENE", "Œuvre" gives "OEUVRE").
 std::string searchKey(std::string_view text);
 
+// Whether the text is one or more of the digits 0 to 9, and nothing else.
+bool allDigits(std::string_view text);
+
 // A text left-padded with "0" to `width` characters; a longer text is left as it is.
 std::string padZeros(std::string_view text, int width);
 

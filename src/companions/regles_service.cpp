@@ -16,18 +16,13 @@ namespace {
 constexpr int kLongueurElement = 6;
 constexpr std::size_t kLongueurRecherche = 16;
 
-bool chiffres(std::string_view texte) {
-    return !texte.empty() &&
-           std::all_of(texte.begin(), texte.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
 std::string egal(std::string_view champ, std::string_view valeur) {
     return std::string(champ) + " = \"" + std::string(valeur) + "\"";
 }
 
 // A day of a planned record's key as the planner reads it; the key's own text when it is no day.
 std::string jourLisible(const std::string& jourInterne) {
-    if (!chiffres(jourInterne)) return jourInterne;
+    if (!base::allDigits(jourInterne)) return jourInterne;
     return base::Date::fromInternal(std::stoi(jourInterne)).text();
 }
 
@@ -85,11 +80,6 @@ std::vector<std::string> secteursDesTournees(mvdb::Database& database) {
     return {secteurs.begin(), secteurs.end()};
 }
 
-std::string cleSecteurAffectation(std::string_view cleProtocole) {
-    const std::string cle(cleProtocole);
-    return base::Left(cle, 5) + base::Left(cle, 5) + base::Mid(cle, 9, kLongueurElement);
-}
-
 void accorderSecteursAffectation(mvdb::Database& database, const std::string& codeAide) {
     const std::shared_ptr<mvdb::File> gestion = database.OpenFile(std::string(data::kSSIADELEMGEST));
     const std::string deLAide = egal("CodeAide", codeAide);
@@ -100,7 +90,7 @@ void accorderSecteursAffectation(mvdb::Database& database, const std::string& co
         mvdb::DynamicRecord element;
         if (!data::LireEnregistrement(*gestion, element, codeAide + base::Mid(cle, 11, kLongueurElement)))
             continue;
-        voulues.emplace(cleSecteurAffectation(cle), element(data::elemgest::kSecteur));
+        voulues.emplace(data::elemgest::cleSecteurAffectation(cle), element(data::elemgest::kSecteur));
     }
     for (const std::string& cle : clesSelectionnees(database, data::kSSIADELEMGEST, deLAide))
         if (cle.size() == kLongueurRecherche && base::Mid(cle, 6, 5) == codeAide && !voulues.count(cle))

@@ -34,9 +34,6 @@ std::vector<std::string> listeAides(mvdb::Database& database);
 // The sectors that the tournées cover, each once, in order: the sectors a management element can take.
 std::vector<std::string> secteursDesTournees(mvdb::Database& database);
 
-// The key under which the assignment dialog looks up the sector of a label of protocole `cleProtocole`:
-// the aidé's code, then the protocole key's characters 1 to 5 and 9 to 14, sixteen characters in all.
-std::string cleSecteurAffectation(std::string_view cleProtocole);
 // Keeps those look-ups of aidé `codeAide` in step with its protocoles and elements, inside the caller's
 // transaction: one record under the look-up key of each protocole, holding the sector of the protocole's
 // element; a look-up that no protocole of the aidé leads to any more is deleted.

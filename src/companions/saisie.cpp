@@ -11,11 +11,6 @@
 namespace control {
 namespace {
 
-bool chiffres(std::string_view texte) {
-    return !texte.empty() &&
-           std::all_of(texte.begin(), texte.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
 std::string_view sansBlancs(std::string_view texte) {
     const std::size_t debut = texte.find_first_not_of(' ');
     if (debut == std::string_view::npos) return {};
@@ -35,7 +30,8 @@ std::string centiemes(std::string_view texte) {
     const std::size_t h = texte.find_first_of("hH");
     if (h == std::string_view::npos || h == 0 || h > 2) return "";
     const std::string_view heures = texte.substr(0, h), minutes = texte.substr(h + 1);
-    if (!chiffres(heures) || (!minutes.empty() && (minutes.size() != 2 || !chiffres(minutes)))) return "";
+    if (!base::allDigits(heures) || (!minutes.empty() && (minutes.size() != 2 || !base::allDigits(minutes))))
+        return "";
     const int hh = std::stoi(std::string(heures)), mm = minutes.empty() ? 0 : std::stoi(std::string(minutes));
     if (mm > 59 || hh > 24 || (hh == 24 && mm > 0)) return "";
     return base::zeroPad(base::roundHalfEven(model::HeureVersCentiemes(hh + mm / 100.0) * 100), 4);
@@ -70,7 +66,7 @@ std::string verifierDuree(std::string_view legende, std::string_view texte, int&
     if (std::string refus = verifierRempli(legende, texte); !refus.empty()) return refus;
     const std::string_view nombre = sansBlancs(texte);
     // Five digits at most: more are no duration, and would not fit an int.
-    minutes = chiffres(nombre) && nombre.size() <= 5 ? std::stoi(std::string(nombre)) : 0;
+    minutes = base::allDigits(nombre) && nombre.size() <= 5 ? std::stoi(std::string(nombre)) : 0;
     if (minutes < 1 || minutes > 1440)
         return messageChamp(legende, std::string(texte) + " n'est pas une durée de 1 à 1440 minutes.");
     return "";

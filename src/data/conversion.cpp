@@ -13,10 +13,6 @@
 namespace data {
 namespace {
 
-bool allDigits(std::string_view s) {
-    return !s.empty() && std::all_of(s.begin(), s.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
 int number(std::string_view digits) {
     int n = 0;
     for (char c : digits)
@@ -48,7 +44,7 @@ std::string ObjetConversion::DateInterne(std::string_view text) const {
 }
 
 std::string ObjetConversion::DateDepuisInterne(std::string_view interne) const {
-    if (!allDigits(interne) || interne.size() > 7) return {};
+    if (!base::allDigits(interne) || interne.size() > 7) return {};
     return base::Date::fromInternal(number(interne)).text();
 }
 
@@ -61,10 +57,10 @@ std::string ObjetConversion::NormaliserDate(std::string_view text) {
         d = parts[0];
         m = parts[1];
         y = parts.size() == 3 ? parts[2] : std::string_view();
-        bool shapeOk = d.size() <= 2 && m.size() <= 2 && allDigits(d) && allDigits(m) &&
-                       (parts.size() == 2 || (allDigits(y) && (y.size() == 2 || y.size() == 4)));
+        bool shapeOk = d.size() <= 2 && m.size() <= 2 && base::allDigits(d) && base::allDigits(m) &&
+                       (parts.size() == 2 || (base::allDigits(y) && (y.size() == 2 || y.size() == 4)));
         if (!shapeOk) d = {};
-    } else if (allDigits(text) && (text.size() == 4 || text.size() == 6 || text.size() == 8)) {
+    } else if (base::allDigits(text) && (text.size() == 4 || text.size() == 6 || text.size() == 8)) {
         d = text.substr(0, 2);
         m = text.substr(2, 2);
         y = text.substr(4);

@@ -28,3 +28,11 @@ std::string heureDebut(std::string_view cle) {
 }
 
 }  // namespace data::tournee
+
+namespace data::elemgest {
+
+std::string cleSecteurAffectation(std::string_view cleProtocole) {
+    return base::Left(cleProtocole, 5) + base::Mid(cleProtocole, 1, 5) + base::Mid(cleProtocole, 9, 6);
+}
+
+}  // namespace data::elemgest

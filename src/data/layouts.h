@@ -62,7 +62,11 @@ inline constexpr int kNbIntervenants = 10;  // empty reads as 1
 // Management element of an aidé; key: CodeAide (5) + element code (6).
 namespace elemgest {
 inline constexpr int kSecteur = 23;
-}
+// The key under which the assignment dialog looks up the sector of a label of protocole `cleProtocole`:
+// the aidé's code, then the protocole key's characters 1 to 5 and 9 to 14, sixteen characters in all
+// (the dialog joins them from the label's Tag, which starts with that key).
+std::string cleSecteurAffectation(std::string_view cleProtocole);
+}  // namespace elemgest
 
 // A care protocole; key CleProtocole: CodeAide (5) + first internal day (5) + element code (6)
 // + sequence (1) + start bound in hundredths (4) = 21 characters.

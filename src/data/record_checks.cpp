@@ -43,8 +43,7 @@ std::optional<std::string> centiemes(std::string_view texte) {
 }
 
 bool estJourInterne(std::string_view texte) {
-    return !texte.empty() && texte.size() <= kChiffresJour &&
-           std::all_of(texte.begin(), texte.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return texte.size() <= kChiffresJour && base::allDigits(texte);
 }
 
 std::optional<std::string> jourInterne(std::string_view texte) {
