@@ -220,15 +220,25 @@ void FaultList::addKept(const std::string& key, const RecordFault& cause) {
     if (!dejaVu) m_kept.push_back({key, cause});
 }
 
-std::string FaultList::message() const {
+std::string faultsText(const std::vector<std::string>& defauts, const std::vector<std::string>& gardes,
+                       std::string_view saut) {
     std::string texte(kFaultsHead);
-    for (const RecordFault& f : m_faults)
-        texte += "\r\n" + f.text();
-    if (m_kept.empty()) return texte;
-    texte += "\r\n" + std::string(kKeptHead);
-    for (const KeptRecord& k : m_kept)
-        texte += "\r\n" + k.text();
+    for (const std::string& ligne : defauts)
+        texte += std::string(saut) + ligne;
+    if (gardes.empty()) return texte;
+    texte += std::string(saut) + std::string(kKeptHead);
+    for (const std::string& ligne : gardes)
+        texte += std::string(saut) + ligne;
     return texte;
+}
+
+std::string FaultList::message() const {
+    std::vector<std::string> defauts, gardes;
+    for (const RecordFault& f : m_faults)
+        defauts.push_back(f.text());
+    for (const KeptRecord& k : m_kept)
+        gardes.push_back(k.text());
+    return faultsText(defauts, gardes, "\r\n");
 }
 
 }  // namespace data

@@ -64,6 +64,11 @@ struct KeptRecord {
     std::string text() const;
 };
 
+// The text that names faulty records: the head line, then one line per fault; then, when some planned
+// interventions were left off because of them, their head line and one line each; lines joined by `saut`.
+std::string faultsText(const std::vector<std::string>& defauts, const std::vector<std::string>& gardes,
+                       std::string_view saut);
+
 // The faults one display or print met, each field once, in the order met, and the planned interventions
 // left off the screen because of them, each once.
 class FaultList {

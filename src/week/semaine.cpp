@@ -156,14 +156,7 @@ Semaine calculerSemaine(mvdb::Database& database, const base::Clock& clock, base
 
 std::string defautsNommes(const Semaine& semaine) {
     if (semaine.defauts.empty() && semaine.laissees.empty()) return "";
-    std::string texte = std::string(data::kFaultsHead) + "\n";
-    for (const std::string& ligne : semaine.defauts)
-        texte += ligne + "\n";
-    if (semaine.laissees.empty()) return texte;
-    texte += std::string(data::kKeptHead) + "\n";
-    for (const std::string& ligne : semaine.laissees)
-        texte += ligne + "\n";
-    return texte;
+    return data::faultsText(semaine.defauts, semaine.laissees, "\n") + "\n";
 }
 
 }  // namespace control
